@@ -1,0 +1,144 @@
+#include "ledger/EntryStorage.h"
+
+#include "ledger/EntryEditing.h"
+#include "tarvodlg/base/Dates.h"
+#include "tarvodlg/base/UserInterface.h"
+#include "tarvolumera/Causali.h"
+#include "tarvolumera/ChartOfAccounts.h"
+#include "tarvolumera/PSQLpno.h"
+#include "tarvolumera/PSQLrow.h"
+#include "tarvolumera/PaymentTerms.h"
+
+#include <fmt/format.h>
+#include <fmt/printf.h>
+
+namespace {
+
+StoreOutcome Refused(EntryFault fault, std::string reason)
+{
+    return {false, fault, std::move(reason)};
+}
+
+/// A row on an account that does not exist would only meet the foreign key, whose words help nobody.
+std::string MissingReference(SACommand *cmd, const PNOTA &entry)
+{
+    for (std::size_t i = 0; i < kEntryRows; ++i) {
+        const PNOTA_RIGA &row = entry.righe[i];
+        if (row.InUse() && !AccountExists(cmd, row.Account()))
+            return fmt::format("Riga n. {}: il conto {}.{}.{} non esiste.", i + 1, row.row_mas, row.row_con, row.row_sot);
+    }
+    return {};
+}
+
+bool ClosedYearAccepted(SACommand *cmd, const PNOTA &entry)
+{
+    if (!sqlrow.CheckChiusura(cmd, entry.pno_data)) return true;
+    return AfxMessageBox("Attenzione la data indicata ricade in un esercizio con chiusura effettuata!\n\nVuoi Continuare?",
+                         MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
+}
+
+std::string CostCentreFault(SACommand *cmd, PNOTA *entry)
+{
+    int row = 0;
+    if (sqlpno.CheckAnalitica(cmd, entry, &row)) return {};
+    return row > 0 ? fmt::sprintf("Problema su contabilità analitica alla riga n. %ld", static_cast<long>(row))
+                   : "Problema su contabilità analitica.";
+}
+
+} // namespace
+
+StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
+                        const std::function<void(SACommand *, const PNOTA &)> &with_entry)
+{
+    if (entry->pno_codice == 0) return Refused({}, "Numero di movimento mancante.");
+    CommandScope scope(cmd);
+    if (const EntryFault fault = ValidateEntry(scope.get(), entry)) return Refused(fault, DescribeFault(fault));
+    if (const std::string missing = MissingReference(scope.get(), *entry); !missing.empty()) {
+        BeepRefused();
+        AfxMessageBox(missing, MB_OK | MB_ICONSTOP);
+        return Refused({}, missing);
+    }
+    if (entry->pno_trasf != 0) {
+        BeepRefused();
+        AfxMessageBox("Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle modifiche apportate "
+                      "e segnalarle.",
+                      MB_OK | MB_ICONEXCLAMATION);
+    }
+    if (is_new && entry->pno_data_doc != 0 &&
+        !ConfirmDuplicate(FindDuplicateDocument(scope.get(), *entry, DuplicateYear::OfDocument)))
+        return Refused({}, "Documento già registrato.");
+    if (!ClosedYearAccepted(scope.get(), *entry)) return Refused({}, "Esercizio chiuso.");
+    if (const std::string fault = CostCentreFault(scope.get(), entry); !fault.empty()) {
+        AfxMessageBox(fault, MB_OK | MB_ICONSTOP);
+        return Refused({}, fault);
+    }
+
+    SATransaction transaction(scope.get());
+    auto stored = std::make_unique<PNOTA>(*entry);
+    sqlpno.SqlTransaction(scope.get(), is_new ? kInsert : kUpdate, stored.get());
+    if (with_entry) with_entry(scope.get(), *stored);
+    transaction.Commit();
+    *entry = std::move(*stored);
+    sqlpno.Reload(scope.get(), entry, true);
+    return {true, {}, {}};
+}
+
+long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by)
+{
+    const std::string number(Trimmed(entry.pno_doc));
+    const long day = by == DuplicateYear::OfDocument ? entry.pno_data_doc : entry.pno_data;
+    if (number.empty() || day == 0) return 0;
+    CommandScope scope(cmd);
+    SACommand query(scope->Connection(),
+                    by == DuplicateYear::OfDocument
+                        ? "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
+                          ":numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc"
+                        : "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
+                          ":numdoc AND EXTRACT(YEAR FROM pno_data) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc");
+    query.Param("reg").setAsLong(entry.pno_reg);
+    query.Param("codclf").setAsLong(entry.pno_cli_for);
+    query.Param("numdoc").setAsString(number);
+    query.Param("anno").setAsLong(Year(day));
+    query.Execute();
+    return query.FetchNext() ? FromSqlDate(query.Field("pno_data").asDateTime()) : 0;
+}
+
+bool ConfirmDuplicate(long registered_on)
+{
+    if (registered_on == 0) return true;
+    return AfxMessageBox(fmt::sprintf("Attenzione!\n\nE' già stato registrato un documento con lo stesso numero il "
+                                      "%02d/%02d/%04d.\n\nVuoi Continuare?",
+                                      Day(registered_on), Month(registered_on), Year(registered_on)),
+                         MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
+}
+
+void DeleteEntry(SACommand *cmd, PNOTA *entry)
+{
+    sqlpno.SqlTransaction(cmd, kDelete, entry);
+}
+
+bool OffersImmediatePayment(SACommand *cmd, const PNOTA &entry)
+{
+    if (entry.pno_rel != kSupplier || entry.pno_cli_for == 0 || !IsPurchaseRegister(entry.pno_reg)) return false;
+    CommandScope scope(cmd);
+    PAGAMENTI terms;
+    if (!sqlpag.Search(scope.get(), entry.pno_pag, &terms) || terms.pag_tipo_pag != kPaymentImmediate) return false;
+    CAUCONT payment;
+    return sqlcac.Search(scope.get(), lumera_db_flag.flg_cau_pagamento, &payment) && payment.cac_reg == kJournalOnly &&
+           payment.cac_iva != 1 && payment.cac_rel == kSupplier;
+}
+
+PNOTA PrepareImmediatePayment(SACommand *cmd, const PNOTA &invoice)
+{
+    CommandScope scope(cmd);
+    PNOTA payment;
+    sqlpno.Blank(scope.get(), &payment);
+    payment.pno_data = invoice.pno_data;
+    payment.pno_sez = invoice.pno_sez;
+    payment.pno_cli_for = invoice.pno_cli_for;
+    EnterCausale(scope.get(), &payment, lumera_db_flag.flg_cau_pagamento);
+    payment.pno_data_doc = invoice.pno_data_doc;
+    payment.pno_pag = 0;
+    payment.des_pag.clear();
+    return payment;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "ledger/EntryValidation.h"
+
+#include <functional>
+#include <optional>
+
+/// How the storing of an entry ended.
+struct StoreOutcome {
+    bool stored = false;
+    EntryFault fault;   ///< the field that was refused; none when a question was answered No, or nothing was to be done
+    std::string reason; ///< why it was not stored, for a command to report; empty when stored
+};
+
+/// Stores an entry as the editor does: checks it, warns of an exported entry, asks about a duplicate document and a closed
+/// year, verifies the cost centres, writes everything together and reads it back. All questions come before the write.
+/// @param is_new  true inserts, false updates an entry that was loaded
+/// @param with_entry  further writes of the same transaction, on the entry as it was numbered (files, links); may be empty
+/// @throws SAException, and then nothing is stored
+StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
+                        const std::function<void(SACommand *, const PNOTA &)> &with_entry = {});
+
+/// Which date of an entry the duplicate search looks at.
+enum class DuplicateYear { OfDocument, OfRegistration };
+
+/// The registration date of an entry with the same register, counterpart, document number and year; 0 when there is none.
+/// An entry without document number is never a duplicate.
+long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by);
+
+/// Asks whether to store the document that was already registered on that day. True for a day of 0.
+bool ConfirmDuplicate(long registered_on);
+
+/// Deletes a stored entry with its rows, files and open instalments.
+/// @throws SAException when another station changed it, or instalments of it are paid
+void DeleteEntry(SACommand *cmd, PNOTA *entry);
+
+/// Whether the payment of a stored purchase may be registered at once, by its terms and the company's payment causale.
+bool OffersImmediatePayment(SACommand *cmd, const PNOTA &entry);
+
+/// The entry prepared for that payment: causale, register, VAT flag and kind of the payment causale, same dates and
+/// supplier, no terms. The user completes and stores it like any other.
+PNOTA PrepareImmediatePayment(SACommand *cmd, const PNOTA &invoice);

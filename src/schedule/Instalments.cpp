@@ -1,0 +1,141 @@
+#include "schedule/Instalments.h"
+
+#include "tarvodlg/base/Numbers.h"
+#include "tarvodlg/base/TarvoProgressDlg.h"
+#include "tarvolumera/JournalTotals.h"
+#include "tarvolumera/Lookups.h"
+#include "tarvolumera/Protocols.h"
+#include "tarvolumera/Schedule.h"
+#include "tarvolumera/VatCodes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+struct EntryTotals {
+    double total = 0, vat = 0;
+};
+
+/// Kind 8 is owed without its tax, which goes to the tax office; everything else with it.
+EntryTotals TotalsOfVatLines(SACommand *cmd, const PNOTA &entry)
+{
+    long long total = 0, vat = 0;
+    for (const PNOTA_IVA &line : entry.iva) {
+        if (line.iva == 0) continue;
+        CODIVA code;
+        sqliva.Search(cmd, line.iva, &code);
+        total += ToCents(line.impo);
+        if (code.iva_tip == kVatReverseChargeOwn) continue;
+        total += ToCents(line.imposta);
+        vat += ToCents(line.imposta);
+    }
+    return {FromCents(total), FromCents(vat)};
+}
+
+long CounterpartBank(SACommand *cmd, const PNOTA &entry)
+{
+    if (entry.pno_rel == kCustomer) {
+        CLIENTI customer;
+        sqlcli.Search(cmd, entry.pno_cli_for, &customer);
+        return customer.cli_ban;
+    }
+    FORNITORI supplier;
+    sqlfor.Search(cmd, entry.pno_cli_for, &supplier);
+    return supplier.for_ban;
+}
+
+SCADENZE CommonFields(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal, long count)
+{
+    PAGAMENTI terms;
+    sqlpag.Search(cmd, entry.pno_pag, &terms);
+    SCADENZE record;
+    sqlsca.Blank(cmd, &record, static_cast<short>(entry.pno_rel));
+    record.sca_cli_for = entry.pno_cli_for;
+    record.sca_data_fattura = entry.pno_data_doc;
+    record.sca_pag = terms.pag_codice;
+    record.sca_tipo_pag = terms.pag_tipo_pag;
+    record.sca_sez = entry.pno_sez;
+    record.sca_tot_fat = proposal.total;
+    record.sca_fattura = entry.pno_doc;
+    record.sca_desc = proposal.description;
+    record.sca_ban = proposal.bank;
+    record.sca_rate = count;
+    record.sca_pno = entry.pno_codice;
+    return record;
+}
+
+} // namespace
+
+std::optional<InstalmentProposal> ProposeInstalments(SACommand *cmd, const PNOTA &entry)
+{
+    if (entry.pno_pag == 0 || (entry.pno_rel != kCustomer && entry.pno_rel != kSupplier)) return std::nullopt;
+    CommandScope scope(cmd);
+    PAGAMENTI terms;
+    if (!sqlpag.Search(scope.get(), entry.pno_pag, &terms) || !GeneratesInstalments(terms)) return std::nullopt;
+
+    InstalmentProposal proposal;
+    proposal.bank = CounterpartBank(scope.get(), entry);
+    BANCHE bank;
+    sqlban.Search(scope.get(), proposal.bank, &bank);
+    proposal.bank_description = bank.ban_desc.str();
+
+    const EntryTotals totals = TotalsOfVatLines(scope.get(), entry);
+    const std::vector<double> amounts = SplitTotal(terms, totals.total, totals.vat);
+    if (amounts.empty()) return std::nullopt;
+    const long start = StartDay(terms, {entry.pno_data, entry.pno_data_doc, entry.pno_data_pag});
+    const std::vector<long> days = DueDays(terms, start, amounts.size());
+    for (std::size_t i = 0; i < amounts.size() && i < kInstalmentRows; ++i)
+        proposal.rows.push_back({days[i], amounts[i]});
+    proposal.total = totals.total;
+    proposal.description = entry.pno_rel == kSupplier ? "PAGAMENTO FATTURA ACQUISTO MERCI" : "INCASSO FATTURA VENDITA";
+    return proposal;
+}
+
+bool ConfirmTotal(std::span<const Instalment> rows, double total)
+{
+    if (fmt::format("{:.2f}", std::fabs(TotalOf(rows))) == fmt::format("{:.2f}", std::fabs(total))) return true;
+    Beep(1000, 10);
+    return AfxMessageBox("Il totale delle Scadenze non coincide\ncon il totale del documento!\n\nVuoi Continuare?",
+                         MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
+}
+
+long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal)
+{
+    const std::vector<Instalment> &rows = proposal.rows;
+    const long count = std::count_if(rows.begin(), rows.end(), [](const Instalment &row) { return row.IsComplete(); });
+    long latest = 0;
+    for (const Instalment &row : rows) {
+        if (row.IsComplete()) latest = std::max(latest, row.due_day);
+    }
+    CommandScope scope(cmd);
+    SATransaction transaction(scope.get());
+    LockNumbers(scope.get(), NumberSeries::Schedule);
+    CTarvoProgressDlg progress;
+    progress.SetStatus("Generazione Scadenze in Corso...");
+    progress.SetRange(0, static_cast<long>(rows.size()));
+    SCADENZE record = CommonFields(scope.get(), entry, proposal, count);
+    for (const Instalment &row : rows) {
+        progress.StepIt();
+        if (!row.IsComplete()) continue;
+        record.sca_data = row.due_day;
+        record.sca_importo = Round(row.amount, 2);
+        ++record.sca_rata;
+        record.sca_ultima = row.due_day == latest ? 1 : 0;
+        record.sca_non_ultima = 1 - record.sca_ultima;
+        sqlsca.SqlTransaction(scope.get(), kInsert, &record);
+    }
+    transaction.Commit();
+    return count;
+}
+
+long GenerateInstalments(SACommand *cmd, const PNOTA &entry)
+{
+    CommandScope scope(cmd);
+    if (sqlsca.CountOf(scope.get(), entry.pno_codice) > 0) return 0;
+    const std::optional<InstalmentProposal> proposal = ProposeInstalments(scope.get(), entry);
+    if (!proposal || !ConfirmTotal(proposal->rows, proposal->total)) return 0;
+    return StoreInstalments(scope.get(), entry, *proposal);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "schedule/InstalmentRules.h"
+#include "tarvolumera/JournalEntry.h"
+
+#include <optional>
+#include <string>
+
+/// Rows of the generator's grid.
+inline constexpr std::size_t kInstalmentRows = 60;
+
+/// What the generator proposes for a stored entry, and what the user may correct before it is stored.
+struct InstalmentProposal {
+    std::vector<Instalment> rows;
+    double total = 0;      ///< document total computed from the VAT lines
+    std::string description;
+    long bank = 0;         ///< the counterpart's own bank, 0 = none
+    std::string bank_description;
+};
+
+/// Proposes the instalments of an entry from its terms. Nothing when the entry has no terms or counterpart, the terms
+/// make no instalments or do not exist, the total is zero: the generation then ends without a word.
+std::optional<InstalmentProposal> ProposeInstalments(SACommand *cmd, const PNOTA &entry);
+
+/// Asks whether to go on when the rows do not add up to the document total; beeps before. No transaction may be open.
+/// @return false = back to the grid
+bool ConfirmTotal(std::span<const Instalment> rows, double total);
+
+/// Stores the instalments of one entry: all of them or none. Rows without date or amount are skipped and not counted.
+/// @param entry  a stored entry; gives side, counterpart, terms, section, invoice number, date and total
+/// @return how many were stored
+/// @throws SAException, and then nothing is stored
+long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal);
+
+/// Proposes, confirms and stores in one go, as the command line and the registration of invoices do. An entry that
+/// already has instalments is left alone.
+/// @return the number stored; 0 when there is nothing to generate or the user said No
+long GenerateInstalments(SACommand *cmd, const PNOTA &entry);

@@ -1,0 +1,210 @@
+#include "tarvolumera/Attachments.h"
+
+#include "tarvodlg/base/UserInterface.h"
+#include "tarvolumera/Protocols.h"
+
+#include <openssl/evp.h>
+
+#include <array>
+#include <fmt/format.h>
+
+CPSQLall sqlall;
+CPSQLpat sqlpat;
+CPSQLcoi sqlcoi;
+CPSQLcor sqlcor;
+CPSQLpni sqlpni;
+
+namespace {
+
+long NextOf(SACommand *cmd, const std::string &text)
+{
+    SACommand query(cmd->Connection(), text);
+    query.Execute();
+    return query.FetchNext() ? query.Field(1).asLong() + 1 : 1;
+}
+
+/// The columns of a description but the bytes: a list must not carry every document through memory.
+std::string LightColumns(const TableDescription &description)
+{
+    std::string list;
+    for (const ColumnDescription &column : description.Columns()) {
+        if (column.kind == ColumnKind::Bytes) continue;
+        if (!list.empty()) list += ", ";
+        list += column.name;
+    }
+    return list;
+}
+
+std::string LightSelect(const TableDescription &description)
+{
+    return "SELECT " + LightColumns(description) + " FROM " + description.Table();
+}
+
+} // namespace
+
+CPSQLall::CPSQLall()
+    : CTable({"allegati",
+              {LUMERA_COLUMN(ALLEGATI, all_codice, kKey), LUMERA_COLUMN(ALLEGATI, all_anno, kKey),
+               LUMERA_PLAIN(ALLEGATI, all_tab_tipo), LUMERA_PLAIN(ALLEGATI, all_tab_codice),
+               LUMERA_PLAIN(ALLEGATI, all_desc), LUMERA_PLAIN(ALLEGATI, all_fname), LUMERA_PLAIN(ALLEGATI, all_user),
+               LUMERA_PLAIN(ALLEGATI, all_escludi), LUMERA_PLAIN(ALLEGATI, all_num_fat),
+               LUMERA_DATE(ALLEGATI, all_data_fat), LUMERA_PLAIN(ALLEGATI, all_bytes_size),
+               LUMERA_PLAIN(ALLEGATI, all_date_time), LUMERA_PLAIN(ALLEGATI, all_last_update),
+               LUMERA_PLAIN(ALLEGATI, all_impronta), LUMERA_PLAIN(ALLEGATI, all_data)}})
+{
+}
+
+bool CPSQLall::Search(SACommand *cmd, long year, long code, ALLEGATI *record, bool) const
+{
+    *record = ALLEGATI{};
+    record->all_anno = year;
+    record->all_codice = code;
+    const bool found = SearchByKeys(cmd, record);
+    if (!found) *record = ALLEGATI{};
+    return found;
+}
+
+bool CPSQLall::SearchByCode(SACommand *cmd, long code, ALLEGATI *record) const
+{
+    *record = ALLEGATI{};
+    return First(
+        cmd, " WHERE all_codice = :codice", [&](SACommand &query) { query.Param("codice").setAsLong(code); }, record);
+}
+
+void CPSQLall::Store(SACommand *cmd, ALLEGATI *record) const
+{
+    CommandScope scope(cmd);
+    SATransaction transaction(scope.get());
+    LockNumbers(scope.get(), NumberSeries::Files);
+    record->all_codice = NextOf(scope.get(), "SELECT MAX(all_codice) AS codice FROM admin.allegati");
+    record->all_bytes_size = static_cast<long>(record->all_data.size());
+    record->all_user = CurrentUserInterface().UserName();
+    if (record->all_date_time.IsNull()) record->all_date_time = CurrentMoment();
+    record->all_last_update = CurrentMoment();
+    Transact(scope.get(), kInsert, record);
+    transaction.Commit();
+}
+
+void CPSQLall::ForEachOfKind(SACommand *cmd, long kind, const SADateTime &first, const SADateTime &stop,
+                             const std::function<bool(const ALLEGATI &)> &each) const
+{
+    CommandScope scope(cmd);
+    std::string text = LightSelect(Description()) + " WHERE all_tab_tipo = :tipo";
+    if (!first.IsNull()) text += " AND all_date_time >= :start";
+    if (!stop.IsNull()) text += " AND all_date_time < :stop";
+    SACommand query(scope->Connection(), text + " ORDER BY all_tab_tipo, all_date_time, all_codice");
+    query.Param("tipo").setAsLong(kind);
+    if (!first.IsNull()) query.Param("start").setAsDateTime(first);
+    if (!stop.IsNull()) query.Param("stop").setAsDateTime(stop);
+    query.Execute();
+    while (query.FetchNext()) {
+        ALLEGATI record;
+        ReadFields(&query, &record);
+        if (!each(record)) break;
+    }
+}
+
+bool CPSQLall::SearchByContent(SACommand *cmd, long kind, std::string_view digest, ALLEGATI *record) const
+{
+    *record = ALLEGATI{};
+    CommandScope scope(cmd);
+    SACommand query(scope->Connection(), LightSelect(Description()) +
+                                             " WHERE all_impronta = :impronta AND all_tab_tipo = :tipo ORDER BY all_codice");
+    query.Param("impronta").setAsString(digest);
+    query.Param("tipo").setAsLong(kind);
+    return FetchRecord(&query, record);
+}
+
+CPSQLpat::CPSQLpat()
+    : CTable({"pnotaall",
+              {LUMERA_COLUMN(PNOTA_ALLEGATO, pat_codice, kKey), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_pno),
+               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_desc), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_fname),
+               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_user), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_bytes_size),
+               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_created_at), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_last_update),
+               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_data)}})
+{
+}
+
+void CPSQLpat::Store(SACommand *cmd, PNOTA_ALLEGATO *record) const
+{
+    CommandScope scope(cmd);
+    SATransaction transaction(scope.get());
+    LockNumbers(scope.get(), NumberSeries::Files);
+    record->pat_codice = NextOf(scope.get(), "SELECT MAX(pat_codice) AS codice FROM admin.pnotaall");
+    record->pat_bytes_size = static_cast<long>(record->pat_data.size());
+    record->pat_user = CurrentUserInterface().UserName();
+    record->pat_created_at = CurrentMoment();
+    record->pat_last_update = record->pat_created_at;
+    Transact(scope.get(), kInsert, record);
+    transaction.Commit();
+}
+
+std::vector<PNOTA_ALLEGATO> CPSQLpat::ListOf(SACommand *cmd, long entry) const
+{
+    CommandScope scope(cmd);
+    SACommand query(scope->Connection(), LightSelect(Description()) + " WHERE pat_pno = :codice ORDER BY pat_codice");
+    query.Param("codice").setAsLong(entry);
+    query.Execute();
+    std::vector<PNOTA_ALLEGATO> files;
+    while (query.FetchNext()) ReadFields(&query, &files.emplace_back());
+    return files;
+}
+
+CPSQLcoi::CPSQLcoi()
+    : CTable({"pnotacoi",
+              {LUMERA_COLUMN(COINTESTATARI, coi_codice, kKey), LUMERA_PLAIN(COINTESTATARI, coi_pno),
+               LUMERA_DATE(COINTESTATARI, coi_data), LUMERA_PLAIN(COINTESTATARI, coi_rel),
+               LUMERA_PLAIN(COINTESTATARI, coi_cli_for), LUMERA_PLAIN(COINTESTATARI, coi_importo)}})
+{
+}
+
+void CPSQLcoi::Blank(SACommand *cmd, COINTESTATARI *record) const
+{
+    CommandScope scope(cmd);
+    *record = COINTESTATARI{};
+    record->coi_codice = NextOf(scope.get(), "SELECT COALESCE(MAX(coi_codice),0) AS codice FROM admin.pnotacoi");
+}
+
+CPSQLcor::CPSQLcor()
+    : CTable({"pnotacor",
+              {DateColumn<&CORRISPETTIVI::cor_data>("cor_data", kKey), LUMERA_COLUMN(CORRISPETTIVI, cor_sez, kKey),
+               LUMERA_CODE(CORRISPETTIVI, cor_pno), LUMERA_PLAIN(CORRISPETTIVI, cor_importo)}})
+{
+}
+
+CPSQLpni::CPSQLpni()
+    : CCodeTable({"pnotaim1",
+                  {LUMERA_COLUMN(PNOTA_IMMAGINE, pni_codice, kKey), LUMERA_PLAIN(PNOTA_IMMAGINE, pni_formato),
+                   LUMERA_PLAIN(PNOTA_IMMAGINE, pni_data)}})
+{
+}
+
+std::string ContentDigest(std::string_view bytes)
+{
+    std::array<unsigned char, 32> digest{};
+    unsigned int length = 0;
+    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), &length, EVP_sha256(), nullptr) != 1)
+        throw SAException(SA_Library_Error, 0, "Impossibile calcolare l'impronta del documento.");
+    std::string text;
+    for (const unsigned char byte : digest) fmt::format_to(std::back_inserter(text), "{:02x}", byte);
+    return text;
+}
+
+std::vector<std::byte> ToBytes(std::string_view text)
+{
+    const auto *first = reinterpret_cast<const std::byte *>(text.data());
+    return {first, first + text.size()};
+}
+
+std::string_view AsText(const std::vector<std::byte> &bytes)
+{
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+}
+
+SADateTime CurrentMoment()
+{
+    UserInterface &user = CurrentUserInterface();
+    const SADateTime day = ToSqlDate(user.Today());
+    const int second = static_cast<int>(user.SecondOfDay());
+    return {day.GetYear(), day.GetMonth(), day.GetDay(), second / 3600, second / 60 % 60, second % 60};
+}

@@ -1,0 +1,123 @@
+#include "tarvolumera/fatturapa/FattureElettronicheDB.h"
+
+#include "tarvolumera/fatturapa/FormatReaders.h"
+#include "tarvolumera/fatturapa/XmlEncoding.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
+using namespace fatturapa;
+
+namespace {
+
+struct Notification {
+    std::string_view root;
+    std::string_view text;
+};
+
+// What the exchange system puts beside the invoices.
+constexpr Notification kNotifications[] = {
+    {"RicevutaConsegna", "ricevuta di consegna (RC)"},
+    {"NotificaScarto", "notifica di scarto (NS)"},
+    {"RicevutaScarto", "ricevuta di scarto (NS)"},
+    {"NotificaMancataConsegna", "notifica di mancata consegna (MC)"},
+    {"RicevutaImpossibilitaRecapito", "ricevuta di impossibilità di recapito (MC)"},
+    {"NotificaEsito", "notifica di esito (NE)"},
+    {"NotificaEsitoCommittente", "notifica di esito del committente (EC)"},
+    {"ScartoEsitoCommittente", "scarto dell'esito del committente (SE)"},
+    {"NotificaDecorrenzaTermini", "notifica di decorrenza dei termini (DT)"},
+    {"AttestazioneTrasmissioneFattura", "attestazione di trasmissione (AT)"},
+    {"MetadatiInvioFile", "file dei metadati (MT)"},
+    {"FileMetadati", "file dei metadati (MT)"},
+};
+
+void RequireDeclaredPrefix(const ReadContext &context)
+{
+    const std::string_view name = context.xml.Name();
+    const std::size_t colon = name.find(':');
+    if (colon == std::string_view::npos) return;
+    if (context.xml.Attribute("xmlns:" + std::string(name.substr(0, colon))).empty()) {
+        context.Refuse(fmt::format("elemento {}: il prefisso non è dichiarato", name.substr(0, 80)));
+    }
+}
+
+/// Refuses a root with a name other than those of invoices. @return true for the simplified format
+bool IsSimplified(const ReadContext &context)
+{
+    const std::string_view name = LocalName(context.xml.Name());
+    if (name == "FatturaElettronica") return false;
+    if (name == "FatturaElettronicaSemplificata") return true;
+    const auto *found = std::ranges::find(kNotifications, name, &Notification::root);
+    if (found != std::end(kNotifications)) {
+        context.Refuse(fmt::format("è una notifica, non è una fattura: {}", found->text));
+    }
+    context.Refuse(fmt::format("l'elemento {} non è una fattura elettronica", name.substr(0, 80)));
+}
+
+void RequireParts(const FatturaElettronica &fattura, const ReadContext &context)
+{
+    if (!context.has_header) context.Refuse("manca l'elemento FatturaElettronicaHeader");
+    if (!context.has_seller) context.Refuse("manca l'elemento CedentePrestatore");
+    if (!context.has_buyer) context.Refuse("manca l'elemento CessionarioCommittente");
+    if (fattura.Body.empty()) context.Refuse("manca l'elemento FatturaElettronicaBody");
+    const DatiAnagraficiType &seller = fattura.Header.CedentePrestatore.DatiAnagrafici;
+    if (seller.IdFiscaleIVA.IdCodice.empty() && seller.CodiceFiscale.empty() && NameOf(seller.Anagrafica).empty()) {
+        context.Refuse("CedentePrestatore: mancano partita IVA, codice fiscale e nome");
+    }
+}
+
+void ReadFattura(ReadContext &context, FatturaElettronica &fattura)
+{
+    context.xml.OpenRoot();
+    RequireDeclaredPrefix(context);
+    fattura.is_simplified = IsSimplified(context);
+    fattura.versione = context.xml.Attribute("versione");
+    if (fattura.is_simplified) {
+        ReadSimplified(context, fattura);
+    } else {
+        ReadOrdinary(context, fattura);
+    }
+    context.document = -1;
+    if (!context.xml.CloseDocument()) context.Warn("Testo dopo la fine del documento XML: ignorato");
+    if (context.xml.HasBareAmpersand()) context.Warn("Carattere & non codificato nei testi: letto come tale");
+    RequireParts(fattura, context);
+    WarnOfOddities(context, fattura);
+}
+
+} // namespace
+
+void CFattureElettronicheDB::Clear()
+{
+    *this = CFattureElettronicheDB();
+}
+
+void CFattureElettronicheDB::Load(const char *path)
+{
+    if (!IsEmpty()) Clear();
+    const std::string name = std::filesystem::path(path).filename().string();
+    Load(ReadInvoiceFile(path), name);
+}
+
+void CFattureElettronicheDB::Load(std::string bytes, std::string_view file_name)
+{
+    if (!IsEmpty()) Clear();
+    try {
+        ExtractedXml extracted = ExtractInvoiceXml(std::move(bytes), file_name);
+        file_name_ = file_name;
+        envelope_ = std::move(extracted.envelope);
+        std::string oddity;
+        ReadContext context(std::make_shared<const std::string>(XmlToUtf8(std::move(extracted.xml), oddity)), file_name_,
+                            warnings_);
+        if (!oddity.empty()) context.Warn(std::move(oddity));
+        ReadFattura(context, fattura_);
+    } catch (const XmlFault &fault) {
+        Clear();
+        throw InvoiceFileError(InvoiceFileError::Reason::NotAnInvoice, file_name, fault.what());
+    } catch (...) {
+        Clear();
+        throw;
+    }
+}

@@ -1,0 +1,216 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace fatturapa {
+
+/// XML that is not well-formed, or more than we take; what() is Italian and ends with line and column.
+class XmlFault : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What a byte can be in an XML text.
+namespace xml_bytes {
+
+inline constexpr std::uint8_t kNameStart = 1;
+inline constexpr std::uint8_t kName = 2;
+inline constexpr std::uint8_t kStopsText = 4;
+
+constexpr std::array<std::uint8_t, 256> MakeClasses()
+{
+    std::array<std::uint8_t, 256> classes{};
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        const bool is_letter = (i >= 'a' && i <= 'z') || (i >= 'A' && i <= 'Z') || i == '_' || i == ':' || i >= 0x80;
+        const bool is_other = (i >= '0' && i <= '9') || i == '-' || i == '.';
+        if (is_letter) classes[i] = kNameStart | kName;
+        if (is_other) classes[i] = kName;
+        if (i == '<' || i == '&' || i == '\r' || i == '\0') classes[i] = kStopsText;
+    }
+    return classes;
+}
+inline constexpr std::array<std::uint8_t, 256> kClass = MakeClasses();
+
+} // namespace xml_bytes
+
+/// Reads an XML text element by element, without building a tree: a document tree costs more than all the rest of reading an
+/// invoice, and its size is in the hands of who wrote the file. The caller asks for the next child and then consumes it: as
+/// text, child by child, or by skipping it. Names keep their prefix. Document types are refused, so no entity is ever expanded
+/// beyond the five of XML and character numbers; an ampersand that begins none of them stands for itself.
+class XmlReader {
+  public:
+    static constexpr int kDepthMax = 64;
+
+    /// @param text  UTF-8; must outlive the reader and what it returns
+    explicit XmlReader(const std::string &text)
+        : begin_(text.data()), end_(text.data() + text.size()), position_(text.data())
+    {
+    }
+
+    /// Moves to the root element. @throws XmlFault, also for a document type
+    void OpenRoot();
+    /// Value of an attribute of the element just opened, undecoded; "" when absent.
+    std::string_view Attribute(std::string_view name) const;
+    /// What follows the end of the root. @return false when there is text, which no XML has. @throws XmlFault for an element
+    bool CloseDocument();
+
+    /// Moves to the next child of the open element; at its end tag leaves it. Text in between is passed over.
+    /// @return false when the open element has ended
+    bool NextChild()
+    {
+        if (is_empty_) return LeaveEmpty();
+        for (;;) {
+            const char *next = position_;
+            while (*next != '<' && next < end_) ++next;
+            position_ = next;
+            if (next == end_) FailTruncated();
+            if (next[1] == '/') {
+                CloseTag();
+                return false;
+            }
+            if (next[1] != '!' && next[1] != '?') {
+                OpenTag();
+                return true;
+            }
+            SkipMarkup();
+        }
+    }
+
+    /// Text of the open element without blanks around, which is left by this. Elements inside it are passed over.
+    /// Valid until the next call.
+    std::string_view Text()
+    {
+        if (is_empty_) return LeaveEmptyText();
+        const char *start = position_;
+        const char *next = start;
+        while (!IsOfClass(*next, xml_bytes::kStopsText)) ++next;
+        if (*next != '<' || next[1] != '/') return ComposedText();
+        position_ = next;
+        CloseTag();
+        return WithoutBlanks({start, static_cast<std::size_t>(next - start)});
+    }
+
+    /// The same for a long text whose line ends do not matter; it comes as it stands in the file wherever it can.
+    std::string_view LongText();
+    /// Leaves the open element unread.
+    void Skip();
+
+    /// The name of the open element, prefix included.
+    std::string_view Name() const { return open_[static_cast<std::size_t>(depth_ - 1)].name; }
+    /// Says which of its kind the open element is, for messages; 1 is the first.
+    void SetOrdinal(std::size_t ordinal) { open_[static_cast<std::size_t>(depth_ - 1)].ordinal = ordinal; }
+    /// "DettaglioLinee[3]/PrezzoUnitario": the open element for people.
+    std::string Place() const { return PlaceAt(depth_ - 1); }
+    /// The same for the element whose text was read last.
+    std::string PlaceOfText() const { return PlaceAt(depth_); }
+
+    /// True when the text lies in the file itself, so that it lives as long as that.
+    bool IsInFile(std::string_view text) const { return text.data() >= begin_ && text.data() <= end_; }
+    /// True after an ampersand that should have been written as an entity.
+    bool HasBareAmpersand() const { return has_bare_ampersand_; }
+
+  private:
+    struct Open {
+        std::string_view name;
+        std::size_t ordinal;
+    };
+
+    static bool IsOfClass(char character, std::uint8_t wanted)
+    {
+        return (xml_bytes::kClass[static_cast<unsigned char>(character)] & wanted) != 0;
+    }
+    static bool IsBlank(char character)
+    {
+        return character == ' ' || character == '\n' || character == '\t' || character == '\r';
+    }
+    static std::string_view WithoutBlanks(std::string_view text)
+    {
+        while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+        while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+        return text;
+    }
+    static const char *NameEnd(const char *start)
+    {
+        while (IsOfClass(*start, xml_bytes::kName)) ++start;
+        return start;
+    }
+
+    /// At '<' of a start tag.
+    void OpenTag()
+    {
+        const char *start = position_ + 1;
+        if (!IsOfClass(*start, xml_bytes::kNameStart)) Fail("carattere < fuori posto");
+        const char *name_end = NameEnd(start + 1);
+        if (depth_ == kDepthMax) Fail("troppi livelli di elementi annidati");
+        open_[static_cast<std::size_t>(depth_++)] = {{start, static_cast<std::size_t>(name_end - start)}, 0};
+        if (*name_end == '>') {
+            position_ = name_end + 1;
+        } else {
+            FinishOpenTag(name_end);
+        }
+    }
+
+    /// At '<' of an end tag.
+    void CloseTag()
+    {
+        const std::string_view name = Name();
+        const char *found = position_ + 2;
+        if (static_cast<std::size_t>(end_ - found) < name.size() + 1 ||
+            std::memcmp(found, name.data(), name.size()) != 0) {
+            FailEndTag();
+        }
+        const char *close = found + name.size();
+        while (IsBlank(*close)) ++close;
+        if (*close != '>') FailEndTag();
+        position_ = close + 1;
+        --depth_;
+    }
+
+    bool LeaveEmpty()
+    {
+        is_empty_ = false;
+        --depth_;
+        return false;
+    }
+    std::string_view LeaveEmptyText()
+    {
+        LeaveEmpty();
+        return {};
+    }
+
+    void FinishOpenTag(const char *after_name);
+    void SkipMarkup();
+    void SkipPast(std::string_view mark, const char *fault);
+    std::string_view ComposedText();
+    void AppendDecoded(std::string_view text);
+    bool AppendEntity(std::string_view entity);
+    std::string PlaceAt(int index) const;
+
+    [[noreturn]] void Fail(std::string_view fault) const;
+    [[noreturn]] void FailTruncated() const;
+    [[noreturn]] void FailEndTag() const;
+
+    const char *begin_;
+    const char *end_; ///< a zero byte stands here, so that looking at the next character needs no test
+    const char *position_;
+    int depth_ = 0;
+    bool is_empty_ = false; ///< the open element was written <a/>
+    bool has_bare_ampersand_ = false;
+    std::array<Open, kDepthMax + 1> open_;
+    std::string_view attributes_;
+    std::string composed_;
+};
+
+/// A name without its namespace prefix.
+inline std::string_view LocalName(std::string_view name)
+{
+    const std::size_t colon = name.rfind(':');
+    return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+} // namespace fatturapa
