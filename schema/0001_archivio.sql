@@ -471,14 +471,14 @@ CREATE TABLE admin.allegati (
     all_bytes_size INTEGER NOT NULL CHECK (all_bytes_size >= 0),
     all_date_time TIMESTAMP NOT NULL,
     all_last_update TIMESTAMP,
-    all_impronta VARCHAR(64) NOT NULL DEFAULT '',
+    all_impronta VARCHAR(64),
     all_data BYTEA NOT NULL,
     PRIMARY KEY (all_anno, all_codice)
 );
 CREATE UNIQUE INDEX allegati_codice ON admin.allegati (all_codice);
 CREATE INDEX allegati_tipo ON admin.allegati (all_tab_tipo, all_date_time);
 CREATE INDEX allegati_nome ON admin.allegati (all_fname, all_anno);
-CREATE INDEX allegati_impronta ON admin.allegati (all_impronta);
+CREATE UNIQUE INDEX allegati_impronta ON admin.allegati (all_impronta, all_tab_tipo);
 
 -- -------------------------------------------------------------------------------------------------------- the schedule
 

@@ -20,11 +20,14 @@ StoreOutcome Refused(EntryFault fault, std::string reason)
 }
 
 /// A row on an account that does not exist would only meet the foreign key, whose words help nobody.
-std::string MissingReference(SACommand *cmd, const PNOTA &entry)
+std::string MissingReference(SACommand *cmd, const PNOTA &entry, long new_counterpart)
 {
     for (std::size_t i = 0; i < kEntryRows; ++i) {
         const PNOTA_RIGA &row = entry.righe[i];
-        if (row.InUse() && !AccountExists(cmd, row.Account()))
+        if (!row.InUse()) continue;
+        const bool on_new = new_counterpart != 0 && row.row_sot == new_counterpart &&
+                            MasterRelation(lumera_db_impo, row.row_mas) == entry.pno_rel;
+        if (!on_new && !AccountExists(cmd, row.Account()))
             return fmt::format("Riga n. {}: il conto {}.{}.{} non esiste.", i + 1, row.row_mas, row.row_con, row.row_sot);
     }
     return {};
@@ -48,12 +51,13 @@ std::string CostCentreFault(SACommand *cmd, PNOTA *entry)
 } // namespace
 
 StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
-                        const std::function<void(SACommand *, const PNOTA &)> &with_entry)
+                        const StoreTogether &together)
 {
     if (entry->pno_codice == 0) return Refused({}, "Numero di movimento mancante.");
     CommandScope scope(cmd);
     if (const EntryFault fault = ValidateEntry(scope.get(), entry)) return Refused(fault, DescribeFault(fault));
-    if (const std::string missing = MissingReference(scope.get(), *entry); !missing.empty()) {
+    if (const std::string missing = MissingReference(scope.get(), *entry, together.new_counterpart);
+        !missing.empty()) {
         BeepRefused();
         AfxMessageBox(missing, MB_OK | MB_ICONSTOP);
         return Refused({}, missing);
@@ -75,8 +79,9 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
 
     SATransaction transaction(scope.get());
     auto stored = std::make_unique<PNOTA>(*entry);
+    if (together.before) together.before(scope.get());
     sqlpno.SqlTransaction(scope.get(), is_new ? kInsert : kUpdate, stored.get());
-    if (with_entry) with_entry(scope.get(), *stored);
+    if (together.after) together.after(scope.get(), *stored);
     transaction.Commit();
     *entry = std::move(*stored);
     sqlpno.Reload(scope.get(), entry, true);

@@ -12,13 +12,19 @@ struct StoreOutcome {
     std::string reason; ///< why it was not stored, for a command to report; empty when stored
 };
 
+/// What a caller stores in the same transaction as the entry.
+struct StoreTogether {
+    std::function<void(SACommand *)> before;                  ///< what the entry refers to: its new supplier
+    std::function<void(SACommand *, const PNOTA &)> after;    ///< what refers to the entry as it was numbered
+    long new_counterpart = 0; ///< code of the counterpart that `before` stores, so that it is not missed by the checks
+};
+
 /// Stores an entry as the editor does: checks it, warns of an exported entry, asks about a duplicate document and a closed
 /// year, verifies the cost centres, writes everything together and reads it back. All questions come before the write.
 /// @param is_new  true inserts, false updates an entry that was loaded
-/// @param with_entry  further writes of the same transaction, on the entry as it was numbered (files, links); may be empty
 /// @throws SAException, and then nothing is stored
 StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
-                        const std::function<void(SACommand *, const PNOTA &)> &with_entry = {});
+                        const StoreTogether &together = {});
 
 /// Which date of an entry the duplicate search looks at.
 enum class DuplicateYear { OfDocument, OfRegistration };

@@ -101,7 +101,12 @@ void SACommand::setCommandText(std::string_view text)
     text_ = text;
     params_.clear();
     last_param_ = 0;
-    for (std::string &name : ParameterNames(text_)) params_.emplace_back(std::move(name));
+    // Table objects set the same few texts over and over; a prepared statement knows its parameters without a search.
+    if (connection_ != nullptr && connection_->isConnected())
+        statement_ = connection_->Session().CachedStatement(text_);
+    const std::vector<std::string> names = statement_ ? statement_->ParameterNames() : ParameterNames(text_);
+    params_.reserve(names.size());
+    for (const std::string &name : names) params_.emplace_back(name);
 }
 
 namespace {
@@ -110,7 +115,8 @@ namespace {
 template <class Named>
 Named *FindFromLast(std::vector<Named> &all, std::string_view name, std::size_t &last)
 {
-    for (std::size_t i = 0, place = last + 1; i < all.size(); ++i, ++place) {
+    std::size_t place = last + 1;
+    for (std::size_t i = 0; i < all.size(); ++i, ++place) {
         if (place >= all.size()) place = 0;
         if (!EqualNoCase(all[place].Name(), name)) continue;
         last = place;
@@ -155,7 +161,7 @@ void SACommand::Execute()
         // Meanwhile another command may have been given the statement this one used before.
         if (!statement_ || statement_->InUse()) {
             statement_ = connection_->Session().Statement(text_);
-            columns_version_ = -1;
+            columns_version_ = kUnread;
         }
         statement_->Execute(params_);
     } catch (const SAException &error) {
@@ -215,6 +221,7 @@ void SACommand::LetGo()
 {
     Close();
     statement_.reset();
+    columns_version_ = kUnread;
     fields_.clear();
     last_field_ = 0;
     rows_affected_ = 0;

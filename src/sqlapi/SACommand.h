@@ -110,6 +110,8 @@ class SACommand {
   private:
     friend class SAConnection;
 
+    static constexpr int kUnread = -1;
+
     void RequireConnection() const;
     void ReadColumns();
     void AttachFields(EngineStatement *statement);
@@ -120,10 +122,10 @@ class SACommand {
     std::vector<SAParam> params_;
     std::vector<SAField> fields_;
     std::shared_ptr<EngineStatement> statement_;
-    std::size_t last_param_ = 0; ///< parameters and fields are mostly named in order, so the search starts ...
-    std::size_t last_field_ = 0; ///< ... behind the last one found
-    int columns_version_ = 0;    ///< of statement_ when fields_ was made
-    bool has_rows_ = false;      ///< rows may follow, the statement is ours
+    std::size_t last_param_ = 0;    ///< parameters and fields are mostly named in order, so the search starts ...
+    std::size_t last_field_ = 0;    ///< ... behind the last one found
+    int columns_version_ = kUnread; ///< of statement_ when fields_ was made
+    bool has_rows_ = false;         ///< rows may follow, the statement is ours
     bool is_on_row_ = false;
     long rows_affected_ = 0;
 };

@@ -50,7 +50,7 @@ CPSQLall::CPSQLall()
                LUMERA_PLAIN(ALLEGATI, all_escludi), LUMERA_PLAIN(ALLEGATI, all_num_fat),
                LUMERA_DATE(ALLEGATI, all_data_fat), LUMERA_PLAIN(ALLEGATI, all_bytes_size),
                LUMERA_PLAIN(ALLEGATI, all_date_time), LUMERA_PLAIN(ALLEGATI, all_last_update),
-               LUMERA_PLAIN(ALLEGATI, all_impronta), LUMERA_PLAIN(ALLEGATI, all_data)}})
+               LUMERA_CODE(ALLEGATI, all_impronta), LUMERA_PLAIN(ALLEGATI, all_data)}})
 {
 }
 

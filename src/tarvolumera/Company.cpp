@@ -62,7 +62,8 @@ std::filesystem::path ArchiveFile(const std::filesystem::path &folder)
 void OpenCompany(const std::string &archive, const std::filesystem::path &data_folder)
 {
     const bool postgres = IsPostgresTarget(archive);
-    const std::string target = postgres ? archive : ArchiveFile(archive).string();
+    const bool is_file = !postgres && std::filesystem::is_regular_file(archive); // a copy is opened where it lies
+    const std::string target = postgres || is_file ? archive : ArchiveFile(archive).string();
     SAConnection connection;
     connection.Connect(target);
     SACommand command(&connection);
@@ -71,6 +72,7 @@ void OpenCompany(const std::string &archive, const std::filesystem::path &data_f
     lumera_db_type = postgres ? 1 : 0;
     lumera_db_target = target;
     lumera_db_folder = postgres ? data_folder : std::filesystem::path(archive);
+    if (is_file) lumera_db_folder = std::filesystem::absolute(archive).parent_path();
     ReloadCompany(&command);
 }
 

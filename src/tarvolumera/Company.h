@@ -77,7 +77,7 @@ extern std::string lumera_db_target;          ///< what SAConnection::Connect ta
 extern std::filesystem::path lumera_db_folder; ///< the company's data folder, with out, tmp, log and template in it
 
 /// Makes an archive the current one: checks its version (see archive/Migrations.h), loads company and settings.
-/// @param archive  folder of an embedded archive, or a PostgreSQL address
+/// @param archive  folder of an embedded archive, a copy's file, or a PostgreSQL address
 /// @param data_folder  for PostgreSQL, where files of the company go; ignored for a folder archive
 /// @throws SAException CannotOpen, Corrupt; SA_UserGenerated_Error for an archive newer than this program
 void OpenCompany(const std::string &archive, const std::filesystem::path &data_folder = {});

@@ -21,7 +21,12 @@ void BindValue(SAParam &param, const ColumnDescription &column, void *member)
     }
     case ColumnKind::Double: param.setAsDouble(WithoutNegativeZero(*static_cast<double *>(member))); break;
     case ColumnKind::Date: param.setAsDateTime(ToSqlDate(*static_cast<long *>(member))); break;
-    case ColumnKind::Text: param.setAsString(static_cast<BoundedText *>(member)->str()); break;
+    case ColumnKind::Text: {
+        const std::string &value = static_cast<BoundedText *>(member)->str();
+        if (value.empty() && (column.flags & kNullIfZero) != 0) param.setAsNull();
+        else param.setAsString(value);
+        break;
+    }
     case ColumnKind::Moment: param.setAsDateTime(*static_cast<SADateTime *>(member)); break;
     case ColumnKind::Bytes: param.setAsBytes(*static_cast<std::vector<std::byte> *>(member)); break;
     }

@@ -11,7 +11,7 @@ enum class ColumnKind { Long, Double, Date, Text, Moment, Bytes };
 /// Bits of a column.
 inline constexpr unsigned kPlain = 0;
 inline constexpr unsigned kKey = 1;        ///< part of the primary key
-inline constexpr unsigned kNullIfZero = 2; ///< a code that points to another table: 0 is stored as NULL for its foreign key
+inline constexpr unsigned kNullIfZero = 2; ///< a code that points to another table: 0 (or an empty text) is stored as NULL
 
 /// One column of a table: its name, its kind and where the record keeps it.
 struct ColumnDescription {

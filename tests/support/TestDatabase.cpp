@@ -44,7 +44,10 @@ void RunOnServer(const std::string &target, const std::string &sql)
 
 } // namespace
 
-std::vector<SAEngine> TestEngines() { return {SAEngine::SQLite, SAEngine::PostgreSQL}; }
+std::vector<SAEngine> TestEngines()
+{
+    return {SAEngine::SQLite, SAEngine::PostgreSQL};
+}
 
 std::string TestEngineName(const testing::TestParamInfo<SAEngine> &info)
 {
@@ -53,7 +56,15 @@ std::string TestEngineName(const testing::TestParamInfo<SAEngine> &info)
 
 namespace {
 
-void SkipTest(const std::string &why) { GTEST_SKIP() << why; }
+// The macros return from the function they stand in.
+void SkipTest(const std::string &why)
+{
+    GTEST_SKIP() << why;
+}
+void FailTest(const std::string &why)
+{
+    FAIL() << why;
+}
 
 } // namespace
 
@@ -62,7 +73,7 @@ bool IsTestEngineReady(SAEngine engine)
     if (engine == SAEngine::SQLite || !ServerAddress().empty()) return true;
     const std::string why = fmt::format("{} is not set: no PostgreSQL server to test with", kServerVariable);
     if (std::getenv("CI") != nullptr)
-        ADD_FAILURE() << why;
+        FailTest(why);
     else
         SkipTest(why);
     return false;

@@ -57,7 +57,6 @@ start() {
 listen_addresses = ''
 unix_socket_directories = '$dir'
 fsync = off
-synchronous_commit = off
 full_page_writes = off
 shared_buffers = 16MB
 max_connections = 60

@@ -1,5 +1,6 @@
 #include "sqlapi/engines/Engine.h"
 
+#include "sqlapi/engines/NamedParameters.h"
 #include "sqlapi/engines/PostgresConnection.h"
 #include "sqlapi/engines/SqliteConnection.h"
 
@@ -17,6 +18,11 @@ bool IsPostgres(const std::string &target)
 SAException LibraryError(std::string text)
 {
     return {SA_Library_Error, 0, std::move(text)};
+}
+
+EngineStatement::EngineStatement(std::string sql, const StatementKind &kind)
+    : sql_(std::move(sql)), kind_(kind), parameter_names_(::ParameterNames(sql_))
+{
 }
 
 std::unique_ptr<EngineConnection> EngineConnection::Open(const std::string &target, SAOpenMode mode)

@@ -13,13 +13,14 @@
 /// from row to row; Finish drops what was not fetched. The column functions read the current row, without a copy.
 class EngineStatement {
   public:
-    EngineStatement(std::string sql, const StatementKind &kind) : sql_(std::move(sql)), kind_(kind) {}
+    EngineStatement(std::string sql, const StatementKind &kind);
     virtual ~EngineStatement() = default;
     EngineStatement(const EngineStatement &) = delete;
     EngineStatement &operator=(const EngineStatement &) = delete;
 
     const std::string &Sql() const { return sql_; } ///< as the caller wrote it, the key of the cache
     const StatementKind &Kind() const { return kind_; }
+    const std::vector<std::string> &ParameterNames() const { return parameter_names_; }
 
     virtual void Execute(const std::vector<SAParam> &parameters) = 0;
     virtual bool FetchNext() = 0;
@@ -55,6 +56,7 @@ class EngineStatement {
   private:
     std::string sql_;
     StatementKind kind_;
+    std::vector<std::string> parameter_names_;
     std::vector<std::string> columns_;
     int columns_version_ = 0;
 };
@@ -75,6 +77,8 @@ class EngineConnection {
 
     /// A statement for the text that nobody is using: a cached one, or a new one.
     std::shared_ptr<EngineStatement> Statement(const std::string &text);
+    /// The same, but null when there is none in the cache.
+    std::shared_ptr<EngineStatement> CachedStatement(const std::string &text) { return statements_.Find(text); }
 
     /// Runs one statement of a script; rows are dropped.
     StatementKind Run(std::string_view text);

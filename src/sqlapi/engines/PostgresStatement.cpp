@@ -138,10 +138,11 @@ PostgresResult PostgresStatement::Send(const std::vector<SAParam> &parameters)
     if (!name_.empty() && schema_version_ != connection_.SchemaVersion()) Forget();
     if (name_.empty() && Kind().IsRepeatable()) PrepareOnServer();
     const int count = static_cast<int>(parameters.size());
-    const int sent = Kind().IsRepeatable() ? PQsendQueryPrepared(connection_.Handle(), name_.c_str(), count,
-                                                                 values_.data(), lengths_.data(), formats_.data(), 0)
-                                           : PQsendQueryParams(connection_.Handle(), numbered_sql_.c_str(), count, nullptr,
-                                                               values_.data(), lengths_.data(), formats_.data(), 0);
+    const int sent = Kind().IsRepeatable()
+                         ? PQsendQueryPrepared(connection_.Handle(), name_.c_str(), count, values_.data(),
+                                               lengths_.data(), formats_.data(), 0)
+                         : PQsendQueryParams(connection_.Handle(), numbered_sql_.c_str(), count, nullptr,
+                                             values_.data(), lengths_.data(), formats_.data(), 0);
     if (sent == 0) throw PostgresError(connection_.Handle(), nullptr);
     if (Kind().reads_only) PQsetSingleRowMode(connection_.Handle());
     return PostgresResult(PQgetResult(connection_.Handle()));

@@ -21,20 +21,8 @@ bool ContinuesWord(char c)
 {
     return StartsWord(c) || IsDigit(c) || c == '$';
 }
-char Lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 } // namespace
-
-bool EqualNoCase(std::string_view a, std::string_view b)
-{
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i)
-        if (Lower(a[i]) != Lower(b[i])) return false;
-    return true;
-}
 
 bool SqlToken::IsWord(std::string_view word) const
 {

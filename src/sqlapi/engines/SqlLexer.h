@@ -45,4 +45,12 @@ class SqlLexer {
 };
 
 /// Compares ASCII letters without regard to case; other bytes must be equal.
-bool EqualNoCase(std::string_view a, std::string_view b);
+inline bool EqualNoCase(std::string_view a, std::string_view b)
+{
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    if (a.size() != b.size()) return false;
+    // From the end: column names begin alike (pno_data, pno_dreg) and are compared for every value of every row.
+    for (std::size_t i = a.size(); i-- > 0;)
+        if (a[i] != b[i] && lower(a[i]) != lower(b[i])) return false;
+    return true;
+}

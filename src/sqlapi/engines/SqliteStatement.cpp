@@ -184,52 +184,50 @@ void SqliteStatement::ReadColumns()
         const char *name = sqlite3_column_name(statement_.get(), column);
         names.emplace_back(name == nullptr ? "" : name);
     }
-    number_texts_.assign(names.size(), {});
+    number_texts_.resize(names.size());
     SetColumns(std::move(names));
 }
 
-int SqliteStatement::TypeOf(int column) const
+// Without a mutex on the connection the values of the current row may be read like any others.
+sqlite3_value *SqliteStatement::Value(int column) const
 {
-    return is_taken_ ? sqlite3_value_type(Taken(column)) : sqlite3_column_type(statement_.get(), column);
+    if (is_taken_) return taken_[taken_row_ * Columns().size() + Index(column)].get();
+    return sqlite3_column_value(statement_.get(), column);
 }
 
 bool SqliteStatement::IsNull(int column)
 {
-    return TypeOf(column) == SQLITE_NULL;
+    return sqlite3_value_type(Value(column)) == SQLITE_NULL;
 }
 
 long long SqliteStatement::Int64(int column)
 {
-    return is_taken_ ? sqlite3_value_int64(Taken(column)) : sqlite3_column_int64(statement_.get(), column);
+    return sqlite3_value_int64(Value(column));
 }
 
 double SqliteStatement::Double(int column)
 {
-    return is_taken_ ? sqlite3_value_double(Taken(column)) : sqlite3_column_double(statement_.get(), column);
+    return sqlite3_value_double(Value(column));
 }
 
 std::string_view SqliteStatement::Text(int column)
 {
+    sqlite3_value *value = Value(column);
     // SQLite writes 100.0 and 15 digits; the server writes 100 and as many as it takes to read the same number again.
-    if (TypeOf(column) == SQLITE_FLOAT) {
-        std::string &text = number_texts_[Index(column)];
-        text.resize(32);
-        text.resize(
-            static_cast<std::size_t>(std::to_chars(text.data(), text.data() + 32, Double(column)).ptr - text.data()));
-        return text;
+    if (sqlite3_value_type(value) == SQLITE_FLOAT) {
+        std::array<char, 32> &text = number_texts_[Index(column)];
+        const char *end = std::to_chars(text.data(), text.data() + text.size(), sqlite3_value_double(value)).ptr;
+        return {text.data(), static_cast<std::size_t>(end - text.data())};
     }
-    const unsigned char *text =
-        is_taken_ ? sqlite3_value_text(Taken(column)) : sqlite3_column_text(statement_.get(), column);
+    const unsigned char *text = sqlite3_value_text(value);
     if (text == nullptr) return {};
-    const int size = is_taken_ ? sqlite3_value_bytes(Taken(column)) : sqlite3_column_bytes(statement_.get(), column);
-    return {reinterpret_cast<const char *>(text), static_cast<std::size_t>(size)};
+    return {reinterpret_cast<const char *>(text), static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
 std::vector<std::byte> SqliteStatement::Bytes(int column)
 {
-    const void *data = is_taken_ ? sqlite3_value_blob(Taken(column)) : sqlite3_column_blob(statement_.get(), column);
-    const int size = is_taken_ ? sqlite3_value_bytes(Taken(column)) : sqlite3_column_bytes(statement_.get(), column);
-    if (data == nullptr) return {};
-    const auto *bytes = static_cast<const std::byte *>(data);
-    return {bytes, bytes + size};
+    sqlite3_value *value = Value(column);
+    const auto *bytes = static_cast<const std::byte *>(sqlite3_value_blob(value));
+    if (bytes == nullptr) return {};
+    return {bytes, bytes + sqlite3_value_bytes(value)};
 }

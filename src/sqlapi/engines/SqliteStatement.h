@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,16 +43,15 @@ class SqliteStatement final : public EngineStatement {
     int FirstStep();
     bool NextTaken();
     void ReadColumns();
-    int TypeOf(int column) const;
-    sqlite3_value *Taken(int column) const { return taken_[taken_row_ * Columns().size() + Index(column)].get(); }
+    sqlite3_value *Value(int column) const;
     static std::size_t Index(int column) { return static_cast<std::size_t>(column); }
 
     SqliteConnection &connection_;
     std::unique_ptr<sqlite3_stmt, FreeStatement> statement_; ///< null when the text holds nothing to run
     bool is_read_only_ = true;
-    bool is_reader_ = false;                ///< known to the connection as one
-    int prepare_count_ = -1;                ///< how often SQLite had prepared the statement when the columns were read
-    std::vector<std::string> number_texts_; ///< of the floating point columns read as text, one per column
+    bool is_reader_ = false; ///< known to the connection as one
+    int prepare_count_ = -1; ///< how often SQLite had prepared the statement when the columns were read
+    std::vector<std::array<char, 32>> number_texts_; ///< of the floating point columns read as text, one per column
 
     bool is_taken_ = false; ///< the rows from the current one on are in taken_
     std::vector<std::unique_ptr<sqlite3_value, FreeValue>> taken_;

@@ -10,17 +10,31 @@ namespace {
 
 enum class OneByte { None, Western, WesternEuro };
 
-/// Position of the first byte that is not ASCII; most invoices have none, so this goes 32 bytes at a time.
+/// Position of the first byte that is not ASCII; most invoices have none, so this goes 64 bytes at a time.
 std::size_t FirstNonAscii(std::string_view bytes)
 {
     std::size_t position = 0;
-    for (; position + 32 <= bytes.size(); position += 32) {
-        std::uint64_t words[4];
-        std::memcpy(words, bytes.data() + position, 32);
-        if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080U) != 0) break;
+    for (; position + 64 <= bytes.size(); position += 64) {
+        std::uint64_t words[8];
+        std::memcpy(words, bytes.data() + position, 64);
+        const std::uint64_t any = words[0] | words[1] | words[2] | words[3] | words[4] | words[5] | words[6] | words[7];
+        if ((any & 0x8080808080808080U) != 0) break;
     }
     while (position < bytes.size() && static_cast<unsigned char>(bytes[position]) < 0x80) ++position;
     return position;
+}
+
+/// A character never mixes bytes below and above 0x80, so only the stretches above need a look.
+bool IsUtf8(std::string_view bytes)
+{
+    for (;;) {
+        bytes.remove_prefix(FirstNonAscii(bytes));
+        if (bytes.empty()) return true;
+        std::size_t length = 1;
+        while (length < bytes.size() && static_cast<unsigned char>(bytes[length]) >= 0x80) ++length;
+        if (!IsValidUtf8(bytes.substr(0, length))) return false;
+        bytes.remove_prefix(length);
+    }
 }
 
 std::string FromUtf16(std::string_view bytes, bool big_endian, std::string &oddity)
@@ -128,7 +142,7 @@ std::string XmlToUtf8(std::string bytes, std::string &oddity)
         const OneByte encoding = OneByteEncoding(DeclaredEncoding(view));
         if (encoding != OneByte::None) return FromOneByte(view, encoding);
     }
-    if (IsValidUtf8(view.substr(first))) return bytes;
+    if (IsUtf8(view.substr(first))) return bytes;
     oddity = "Il file contiene byte che non sono UTF-8: sono stati letti come windows-1252";
     return ToValidUtf8(view);
 }

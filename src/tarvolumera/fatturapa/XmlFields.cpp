@@ -7,13 +7,12 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 
 namespace fatturapa {
 
 namespace {
 
-// A file of the exchange system's 5 MB has some 100,000 entries (lines, discounts, codes) at most.
-constexpr std::size_t kEntriesMax = 500'000;
 constexpr double kAmountLimit = 1e12; // the schema has eleven digits before the point, twelve for quantities
 constexpr int kYearMin = 1990;
 constexpr int kYearMax = 2100;
@@ -46,24 +45,26 @@ int TwoDigits(std::string_view text)
 /// that one division gives the nearest double. Invoices hold little else, and this is several times faster than from_chars.
 std::optional<double> ParseShortDecimal(std::string_view text)
 {
-    constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    static constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     const bool is_negative = text.starts_with('-');
     if (is_negative) text.remove_prefix(1);
     if (text.empty() || text.size() > 16) return std::nullopt;
-    long long digits = 0;
-    std::size_t count = 0;
+    std::uint64_t digits = 0;
     std::size_t point = text.size();
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '.' && point == text.size()) {
+        const unsigned digit = static_cast<unsigned char>(text[i]) - unsigned{'0'};
+        if (digit <= 9) {
+            digits = digits * 10 + digit;
+        } else if (text[i] == '.' && point == text.size()) {
             point = i;
-            continue;
+        } else {
+            return std::nullopt;
         }
-        if (text[i] < '0' || text[i] > '9') return std::nullopt;
-        digits = digits * 10 + (text[i] - '0');
-        ++count;
     }
+    const std::size_t decimals = point == text.size() ? 0 : text.size() - point - 1;
+    const std::size_t count = point + decimals;
     if (count == 0 || count > 15 || point > 11) return std::nullopt;
-    const double value = static_cast<double>(digits) / powers[count - point];
+    const double value = static_cast<double>(static_cast<std::int64_t>(digits)) / powers[decimals];
     return is_negative && digits != 0 ? -value : value;
 }
 
@@ -102,10 +103,9 @@ void ReadContext::SkipUnknown()
     xml.Skip();
 }
 
-void ReadContext::CountEntry(std::size_t ordinal)
+void ReadContext::RefuseEntries() const
 {
-    xml.SetOrdinal(ordinal);
-    if (++entries_ > kEntriesMax) Refuse(fmt::format("il file contiene più di {} voci", kEntriesMax));
+    Refuse(fmt::format("il file contiene più di {} voci", kEntriesMax));
 }
 
 std::optional<long> ParseXmlDate(std::string_view text)

@@ -38,7 +38,11 @@ class ReadContext {
     /// Passes over an element that no table knows, and names it.
     void SkipUnknown();
     /// Counts an entry of a list and gives the open element its number in it; a file made to fill the memory is refused.
-    void CountEntry(std::size_t ordinal);
+    void CountEntry(std::size_t ordinal)
+    {
+        xml.SetOrdinal(ordinal);
+        if (++entries_ > kEntriesMax) RefuseEntries();
+    }
 
     XmlReader xml;
     std::shared_ptr<const std::string> file_text;
@@ -49,6 +53,10 @@ class ReadContext {
 
   private:
     static constexpr std::size_t kWarningsMax = 200;
+    // A file of the exchange system's 5 MB has some 100,000 entries (lines, discounts, codes) at most.
+    static constexpr std::size_t kEntriesMax = 500'000;
+
+    [[noreturn]] void RefuseEntries() const;
 
     std::string_view file_name_;
     std::vector<InvoiceWarning> &warnings_;
@@ -79,11 +87,14 @@ struct Field {
 template <class T>
 std::size_t FindField(std::string_view name, std::span<const Field<T>> fields, std::size_t start)
 {
+    const auto is_named = [name](const Field<T> &field) {
+        return field.name.size() == name.size() && AreSameBytes(field.name.data(), name.data(), name.size());
+    };
     for (std::size_t i = start; i < fields.size(); ++i) {
-        if (fields[i].name == name) return i;
+        if (is_named(fields[i])) return i;
     }
     for (std::size_t i = 0; i < start; ++i) {
-        if (fields[i].name == name) return i;
+        if (is_named(fields[i])) return i;
     }
     return fields.size();
 }
@@ -92,17 +103,23 @@ template <class T>
 void ReadFields(ReadContext &context, T &target,
                 std::type_identity_t<std::span<const Field<T>>> fields)
 {
-    std::size_t last = 0;
-    while (context.xml.NextChild()) {
+    std::size_t last = fields.size();
+    std::size_t expected = 0;
+    while (context.xml.NextChild(fields[expected].name)) {
         const std::string_view name = context.xml.Name();
-        std::size_t found = FindField(name, fields, last);
-        if (found == fields.size()) found = FindField(LocalName(name), fields, 0);
+        std::size_t found = expected;
+        if (name.data() != fields[expected].name.data()) {
+            found = FindField(name, fields, expected);
+            if (found == fields.size()) found = FindField(LocalName(name), fields, 0);
+        }
         if (found == fields.size()) {
             context.SkipUnknown();
-        } else {
-            fields[found].read(context, target);
-            last = found;
+            continue;
         }
+        fields[found].read(context, target);
+        const bool is_repeated = found == last;
+        expected = is_repeated || found + 1 == fields.size() ? found : found + 1;
+        last = found;
     }
 }
 
@@ -170,10 +187,19 @@ void Present(ReadContext &context, T &target)
     context.*Flag = true;
     Read(context, target);
 }
+/// Room made for the first entries of a list.
+template <auto M>
+inline constexpr std::size_t kFirstEntries = 1;
+template <>
+inline constexpr std::size_t kFirstEntries<&DatiBeniServiziType::DettaglioLinee> = 4;
+template <>
+inline constexpr std::size_t kFirstEntries<&DatiPagamentoType::DettaglioPagamento> = 3;
+
 /// A repeated element: one more entry of a vector member.
 template <auto M, const auto &Table>
 void List(ReadContext &context, OwnerOf<M> &target)
 {
+    if ((target.*M).capacity() == 0) (target.*M).reserve(kFirstEntries<M>); // growing one by one moves every entry again
     context.CountEntry((target.*M).size() + 1);
     ReadFields(context, (target.*M).emplace_back(), Table);
 }

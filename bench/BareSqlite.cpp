@@ -1,0 +1,117 @@
+#include "bench/BareValues.h"
+#include "bench/Bare.h"
+
+#include "tarvolumera/PSQLpno.h"
+
+namespace {
+
+void Bind(sqlite3_stmt *statement, int number, const BareValue &value)
+{
+    switch (value.kind) {
+    case BareValue::Kind::Null: sqlite3_bind_null(statement, number); break;
+    case BareValue::Kind::Integer: sqlite3_bind_int64(statement, number, value.integer); break;
+    case BareValue::Kind::Real: sqlite3_bind_double(statement, number, value.real); break;
+    case BareValue::Kind::Text:
+        sqlite3_bind_text(statement, number, value.text.data(), static_cast<int>(value.text.size()), SQLITE_STATIC);
+        break;
+    }
+}
+
+class BareSqliteJournal final : public BareJournal {
+  public:
+    BareSqliteJournal(const std::string &file, const PNOTA &stored)
+        : database_(OpenSqlite(file)), header_(InsertOf(sqlpno.Description(), &stored)), rows_(InsertsOfRows(stored)),
+          number_(header_.PlaceOf("pno_codice")), protocol_(header_.PlaceOf("pno_prot")),
+          row_number_(rows_.front().PlaceOf("row_codice"))
+    {
+        begin_ = PrepareSqlite(database_.get(), "BEGIN IMMEDIATE");
+        commit_ = PrepareSqlite(database_.get(), "COMMIT");
+        max_number_ = PrepareSqlite(database_.get(), "SELECT MAX(pno_codice) FROM admin.pnota1");
+        max_protocol_ = PrepareSqlite(database_.get(),
+                                      "SELECT MAX(pno_prot) FROM admin.pnota1 WHERE CAST(substr(pno_data,1,4) AS INTEGER)"
+                                      " = ?1 AND pno_sez = ?2 AND pno_reg = ?3");
+        insert_header_ = PrepareSqlite(database_.get(), header_.Text("admin.pnota1", '?'));
+        insert_row_ = PrepareSqlite(database_.get(), rows_.front().Text("admin.pnotaro2", '?'));
+    }
+
+    void Store() override
+    {
+        Run(begin_.get());
+        const long long number = Highest(max_number_.get()) + 1;
+        sqlite3_bind_int64(max_protocol_.get(), 1, 2026);
+        sqlite3_bind_int64(max_protocol_.get(), 2, 1);
+        sqlite3_bind_int64(max_protocol_.get(), 3, kPurchases);
+        header_.SetInteger(number_, number);
+        header_.SetInteger(protocol_, Highest(max_protocol_.get()) + 1);
+        Insert(insert_header_.get(), header_);
+        for (BareInsert &row : rows_) {
+            row.SetInteger(row_number_, number);
+            Insert(insert_row_.get(), row);
+        }
+        Run(commit_.get());
+    }
+
+  private:
+    void Run(sqlite3_stmt *statement)
+    {
+        if (sqlite3_step(statement) != SQLITE_DONE) throw BareError(database_.get());
+        sqlite3_reset(statement);
+    }
+
+    long long Highest(sqlite3_stmt *query)
+    {
+        if (sqlite3_step(query) != SQLITE_ROW) throw BareError(database_.get());
+        const long long value = sqlite3_column_int64(query, 0);
+        sqlite3_reset(query);
+        return value;
+    }
+
+    void Insert(sqlite3_stmt *statement, const BareInsert &insert)
+    {
+        int number = 0;
+        for (const BareValue &value : insert.values) Bind(statement, ++number, value);
+        Run(statement);
+    }
+
+    BareSqlite database_;
+    BareInsert header_;
+    std::vector<BareInsert> rows_;
+    std::size_t number_, protocol_, row_number_;
+    BareStatement begin_, commit_, max_number_, max_protocol_, insert_header_, insert_row_;
+};
+
+} // namespace
+
+BareSqlite OpenSqlite(const std::string &file)
+{
+    sqlite3 *handle = nullptr;
+    const int code = sqlite3_open_v2(file.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    BareSqlite database(handle);
+    if (code != SQLITE_OK) throw BareError(handle);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_MAINDBNAME, "admin");
+    // The same safety and the same memory as a session of the program has.
+    for (const char *setting : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=FULL", "PRAGMA foreign_keys=ON",
+                                "PRAGMA temp_store=MEMORY", "PRAGMA cache_size=-16384",
+                                "PRAGMA journal_size_limit=67108864"}) {
+        if (sqlite3_exec(handle, setting, nullptr, nullptr, nullptr) != SQLITE_OK) throw BareError(handle);
+    }
+    return database;
+}
+
+BareStatement PrepareSqlite(sqlite3 *database, const std::string &text)
+{
+    sqlite3_stmt *statement = nullptr;
+    const int code = sqlite3_prepare_v3(database, text.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+    if (code != SQLITE_OK) throw BareError(database);
+    return BareStatement(statement);
+}
+
+std::runtime_error BareError(sqlite3 *database)
+{
+    return std::runtime_error(std::string("bare SQLite: ") + sqlite3_errmsg(database));
+}
+
+std::unique_ptr<BareJournal> OpenBareSqlite(const std::string &file, const PNOTA &stored)
+{
+    return std::make_unique<BareSqliteJournal>(file, stored);
+}

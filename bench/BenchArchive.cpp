@@ -1,0 +1,156 @@
+#include "bench/BenchArchive.h"
+
+#include "sqlapi/SACommand.h"
+#include "tarvodlg/base/Dates.h"
+#include "tarvolumera/archive/ArchiveCreation.h"
+
+#include <fmt/format.h>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr long kYear = 2026;
+
+/// The address of the server with another database in it: "postgresql://[host]/database[?options]".
+std::string WithDatabase(const std::string &address, const std::string &database)
+{
+    const std::size_t host = address.find("://") + 3;
+    const std::size_t options = std::min(address.find('?', host), address.size());
+    const std::size_t slash = std::min(address.find('/', host), options);
+    return address.substr(0, slash) + "/" + database + address.substr(options);
+}
+
+void RunScript(const std::string &target, const std::string &script)
+{
+    SAConnection connection;
+    connection.Connect(target);
+    connection.ExecuteScript(script);
+}
+
+void Run(SAConnection *connection, const std::string &statement, long entries)
+{
+    SACommand command(connection, statement);
+    command.Param("entries").setAsLong(entries);
+    command.Execute();
+}
+
+PNOTA_RIGA Row(const AccountKey &account, const char *side, double amount)
+{
+    PNOTA_RIGA row;
+    row.row_mas = account.mas;
+    row.row_con = account.con;
+    row.row_sot = account.sot;
+    row.row_tipo = side;
+    row.row_importo = amount;
+    row.row_descac = "Fattura acquisto merci";
+    row.row_n_doc = "1204/A";
+    row.row_d_doc = DateToJulian(11, 3, kYear);
+    return row;
+}
+
+} // namespace
+
+const char *EngineName(SAEngine engine)
+{
+    return engine == SAEngine::SQLite ? "SQLite" : "PostgreSQL";
+}
+
+BenchArchive::BenchArchive(const BenchPlaces &places, SAEngine engine, const std::string &name)
+    : engine_(engine), folder_(places.folder / name)
+{
+    NewArchive wanted;
+    wanted.year = kYear;
+    wanted.demo = true;
+    if (engine == SAEngine::SQLite) {
+        target_ = ArchiveFile(folder_).string();
+        wanted.archive = folder_.string();
+    } else {
+        server_ = places.postgres;
+        const std::string database = fmt::format("lumera_bench_{}_{}", getpid(), name);
+        RunScript(server_, "CREATE DATABASE " + database + " TEMPLATE template0");
+        database_ = database;
+        target_ = WithDatabase(server_, database_);
+        wanted.archive = target_;
+        wanted.data_folder = folder_;
+    }
+    CreateArchive(wanted);
+}
+
+BenchArchive::~BenchArchive()
+{
+    SAConnection::ClosePool();
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+    if (database_.empty()) return;
+    try {
+        RunScript(server_, "DROP DATABASE " + database_ + " WITH (FORCE)");
+    } catch (const SAException &error) {
+        fmt::print(stderr, "the database {} stays behind: {}\n", database_, error.ErrText());
+    }
+}
+
+void BenchArchive::FillJournal(long entries) const
+{
+    // Three years of 1,095 days, the numbers in the order of the dates as they are when entries are keyed day by day.
+    const char *date = engine_ == SAEngine::SQLite ? "date('2024-01-01', '+' || (n * 1095 / :entries) || ' days')"
+                                                   : "DATE '2024-01-01' + CAST(n * 1095 / :entries AS INTEGER)";
+    // 64 bits, because the numbers are multiplied before they are divided.
+    const std::string header = fmt::format(
+        "INSERT INTO admin.pnota1 (pno_codice, pno_data, pno_cau, pno_des_cau, pno_desc, pno_doc, pno_paddoc,"
+        " pno_data_doc, pno_rel, pno_cli_for, pno_sez, pno_reg, pno_prot, pno_cau_iva, pno_iva_0, pno_tip_0,"
+        " pno_aliq_0, pno_impo_0, pno_imposta_0, pno_tot_doc, pno_tot_imp, pno_tot_iva, pno_dare, pno_avere)"
+        " WITH RECURSIVE numbers(n) AS (SELECT CAST(1 AS BIGINT) UNION ALL"
+        " SELECT n + 1 FROM numbers WHERE n < :entries)"
+        " SELECT n, {0}, 21 + n % 7, 'Fattura acquisto merci',"
+        " 'Fattura n. ' || CAST(n % 7777 AS VARCHAR(10)) || ' materiale di consumo',"
+        " CAST(n % 7777 AS VARCHAR(10)) || '/A', LPAD(CAST(n % 7777 AS VARCHAR(10)), 10, '0') || '/A', {0}, 1,"
+        " 1 + n % 25, 1, 2, n, 1, 22, 1, 22, n % 5000 + 100.25, 22.06, n % 5000 + 122.31, n % 5000 + 100.25, 22.06,"
+        " n % 5000 + 122.31, n % 5000 + 122.31 FROM numbers",
+        date);
+    constexpr char kRows[] =
+        "INSERT INTO admin.pnotaro2 (row_codice, row_idx, row_mas, row_con, row_sot, row_tipo, row_importo, row_data,"
+        " row_sez, row_rel, row_clfo)"
+        " SELECT pno_codice, 1, 250, 1, pno_cli_for, 'A', pno_tot_doc, pno_data, 1, 1, pno_cli_for FROM admin.pnota1"
+        " WHERE pno_codice <= :entries"
+        " UNION ALL"
+        " SELECT pno_codice, 2, 300, 1, 1, 'D', pno_tot_doc, pno_data, 1, 2, 0 FROM admin.pnota1"
+        " WHERE pno_codice <= :entries";
+    SAConnection connection;
+    connection.Connect(target_);
+    connection.SetDurability(SADurability::Relaxed);
+    SATransaction transaction(&connection);
+    Run(&connection, header, entries);
+    Run(&connection, kRows, entries);
+    transaction.Commit();
+    connection.SetDurability(SADurability::Full);
+    // What a server in use does by itself after a while.
+    if (engine_ == SAEngine::PostgreSQL) connection.ExecuteScript("VACUUM ANALYZE");
+}
+
+PNOTA PurchaseEntry()
+{
+    PNOTA entry;
+    entry.pno_codice = 1;
+    entry.pno_data = DateToJulian(15, 3, kYear);
+    entry.pno_cau = 21;
+    entry.pno_des_cau = "Fattura acquisto merci";
+    entry.pno_desc = "Fattura n. 1204/A utensili e minuteria";
+    entry.pno_doc = "1204/A";
+    entry.pno_data_doc = DateToJulian(11, 3, kYear);
+    entry.pno_rel = kSupplier;
+    entry.pno_cli_for = 1;
+    entry.pno_sez = 1;
+    entry.pno_reg = kPurchases;
+    entry.pno_cau_iva = 1;
+    entry.pno_pag = 21;
+    entry.iva[0] = {22, 1, 22.0, 1000.0, 220.0, 0.0};
+    entry.pno_tot_doc = 1220.0;
+    entry.pno_tot_imp = 1000.0;
+    entry.pno_tot_iva = 220.0;
+    entry.righe[0] = Row({250, 1, 1}, "A", 1220.0);
+    entry.righe[1] = Row({260, 1, 1}, "D", 220.0);
+    entry.righe[2] = Row({300, 1, 1}, "D", 800.0);
+    entry.righe[3] = Row({310, 1, 1}, "D", 200.0);
+    return entry;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "bench/BenchArchive.h"
+#include "bench/Measure.h"
+
+#include <filesystem>
+
+/// The highest good ratio of our time to the bare library's.
+inline constexpr double kTimeTarget = 1.5;
+
+/// Storing entries, one commit each, against the client library alone.
+void MeasureStoring(const BenchPlaces &places, SAEngine engine, long entries, Findings &findings);
+
+/// Listing a journal of `entries` entries, as the journal list reads it, against the client library alone.
+void MeasureListing(const BenchArchive &archive, long entries, Findings &findings);
+
+/// Going to the next entry in each browse order, in the middle of the journal. A query that does not enter an index at its
+/// place is a fault. @param verbose  prints the engine's plans
+void MeasureBrowsing(const BenchArchive &archive, long entries, bool verbose, Findings &findings);
+
+/// Peak memory of a process that lists all entries against one that lists a tenth of them. Linux only.
+void MeasureMemory(const BenchArchive &archive, long entries, Findings &findings);
+
+/// The process MeasureMemory starts: lists and prints its own peak in kB. @return exit code
+int RunMemoryProbe(long entries);
+
+/// Reading FatturaPA files, against the XML parser alone.
+/// @param samples  folder with plain .xml invoices
+void MeasureInvoices(const std::filesystem::path &samples, Findings &findings);

@@ -1,0 +1,126 @@
+#include "cli/CommandLine.h"
+
+#include "cli/Commands.h"
+#include "sqlapi/SACommand.h"
+#include "tarvodlg/base/Dates.h"
+#include "tarvodlg/base/Files.h"
+#include "tarvolumera/SaExceptionDisplay.h"
+#include "tarvolumera/fatturapa/InvoiceFileError.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace {
+
+constexpr const char *kExamples =
+    "Esempi:\n"
+    "  lumera archivio crea demo --demo\n"
+    "  lumera --archivio demo fatture importa fatture/\n"
+    "  lumera --archivio demo fatture registra --tutte\n"
+    "  lumera --archivio demo pnota elenco --dal 2026-01-01 --json\n\n"
+    "Codici di uscita: 0 eseguito, 1 rifiutato da un controllo, 2 uso errato, 3 errore di archivio o di file.";
+
+/// The library's help speaks English; these are its words.
+void SpeakItalian(CLI::App *app)
+{
+    const auto formatter = app->get_formatter();
+    for (const auto &[english, italian] : {std::pair{"Usage", "Uso"}, {"OPTIONS", "OPZIONI"}, {"SUBCOMMAND", "COMANDO"},
+                                           {"SUBCOMMANDS", "COMANDI"}, {"Options", "Opzioni"}, {"Positionals", "Argomenti"},
+                                           {"POSITIONALS", "ARGOMENTI"}, {"Subcommands", "Comandi"}, {"REQUIRED", "(obbligatorio)"},
+                                           {"TEXT", "TESTO"}, {"INT", "N"}, {"UINT", "N"}, {"Excludes", "Esclude"},
+                                           {"Needs", "Richiede"}, {"Env", "Ambiente"}})
+        formatter->label(english, italian);
+    formatter->column_width(36);
+}
+
+/// What is wrong with the words of a command, in Italian.
+std::string UsageText(const CLI::ParseError &error)
+{
+    const std::string name = error.get_name();
+    const std::string what = error.what();
+    if (name == "ExtrasError") return "Argomento o opzione non riconosciuti: " + what.substr(what.find(": ") + 2);
+    if (name == "RequiredError" && what.find("subcommand") != std::string::npos) return "Manca il comando.";
+    if (name == "RequiredError") return "Manca un argomento obbligatorio: " + what.substr(0, what.find(" is required"));
+    if (name == "ArgumentMismatch") return "Numero di argomenti errato: " + what.substr(0, what.find(':'));
+    if (name == "ConversionError" || name == "InvalidError")
+        return "Valore non valido: " + what.substr(what.find_first_of("=-"));
+    if (name == "ExcludesError") return "Opzioni che si escludono: " + what;
+    if (name == "RequiresError") return "Opzione che ne richiede un'altra: " + what;
+    if (name == "ValidationError") return "Valore non ammesso: " + what;
+    return what;
+}
+
+int Report(const Session &session, const char *outcome, const std::string &text, int code)
+{
+    if (session.json) Print(nlohmann::json{{"esito", outcome}, {"messaggio", text}}.dump() + "\n");
+    if (!text.empty()) std::fprintf(stderr, "lumera: %s\n", text.c_str());
+    return code;
+}
+
+/// An error of the books is a refusal; everything else of the archive is a failure.
+int ReportDatabase(const Session &session, const SAException &error)
+{
+    const bool refused = error.ErrClass() == SA_UserGenerated_Error && error.ErrNativeCode() < 20070;
+    return Report(session, refused ? "rifiutato" : "errore", DescribeError(error), refused ? kExitRefused : kExitFailed);
+}
+
+int Run(Session *session, const Action &action)
+{
+    try {
+        session->user.answer_yes = session->yes;
+        const long today = ParseDateOption("--oggi", session->today);
+        if (today != 0) session->user.today = today;
+        return action ? action() : kExitUsage;
+    } catch (const UsageError &error) {
+        return Report(*session, "uso errato", error.what(), kExitUsage);
+    } catch (const RefusedError &error) {
+        return Report(*session, "rifiutato", error.what(), kExitRefused);
+    } catch (const SAException &error) {
+        return ReportDatabase(*session, error);
+    } catch (const FileError &error) {
+        return Report(*session, "errore", error.what(), kExitFailed);
+    } catch (const InvoiceFileError &error) {
+        return Report(*session, "errore", error.what(), kExitFailed);
+    } catch (const std::exception &error) {
+        return Report(*session, "errore", std::string("Errore imprevisto: ") + error.what(), kExitFailed);
+    }
+}
+
+} // namespace
+
+int RunCommandLine(int argc, const char *const *argv)
+{
+    Session session;
+    UserInterface *previous = SetUserInterface(&session.user);
+    Action action;
+
+    CLI::App app{"Lumera Contabilità: contabilità generale per le imprese italiane.", "lumera"};
+    SpeakItalian(&app);
+    app.footer(kExamples);
+    app.set_help_flag("-h,--help", "Mostra questo aiuto");
+    app.set_version_flag("--version", "lumera " LUMERA_VERSION, "Mostra la versione");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.add_option("--archivio", session.archive, "Cartella o indirizzo PostgreSQL dell'archivio (o LUMERA_ARCHIVIO)");
+    app.add_flag("--json", session.json, "Scrive un solo documento JSON");
+    app.add_flag("--si", session.yes, "Risponde Sì alle domande");
+    app.add_option("--oggi", session.today, "Data di lavoro invece di quella di oggi");
+
+    AddArchiveCommands(&app, &session, &action);
+    AddInvoiceCommands(&app, &session, &action);
+    AddJournalCommands(&app, &session, &action);
+    AddScheduleCommands(&app, &session, &action);
+
+    int code = kExitDone;
+    try {
+        app.parse(argc, argv);
+        code = Run(&session, action);
+    } catch (const CLI::Success &success) { // help and version
+        app.exit(success);
+    } catch (const CLI::ParseError &error) {
+        code = Report(session, "uso errato", UsageText(error) + "\nVedere lumera --help.", kExitUsage);
+    }
+    SAConnection::ClosePool();
+    SetUserInterface(previous);
+    return code;
+}

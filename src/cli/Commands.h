@@ -1,0 +1,16 @@
+#pragma once
+
+#include "cli/Session.h"
+
+namespace CLI {
+class App;
+}
+
+/// What the chosen command will do once all options are read: returns its exit code.
+using Action = std::function<int()>;
+
+// Each adds its group of commands; the callback of the chosen one sets the action.
+void AddArchiveCommands(CLI::App *app, Session *session, Action *action);
+void AddInvoiceCommands(CLI::App *app, Session *session, Action *action);
+void AddJournalCommands(CLI::App *app, Session *session, Action *action);
+void AddScheduleCommands(CLI::App *app, Session *session, Action *action);

@@ -1,0 +1,94 @@
+#include "cli/Session.h"
+
+#include "tarvodlg/base/Dates.h"
+#include "tarvodlg/base/Numbers.h"
+#include "tarvolumera/Company.h"
+
+#include <cstdlib>
+#include <fmt/format.h>
+#include <unistd.h>
+
+namespace {
+
+std::string Environment(const char *name)
+{
+    const char *value = std::getenv(name);
+    return value == nullptr ? std::string{} : value;
+}
+
+} // namespace
+
+std::filesystem::path UserDataFolder()
+{
+    const std::string data_home = Environment("XDG_DATA_HOME");
+    if (!data_home.empty()) return std::filesystem::path(data_home) / "lumera";
+    const std::string home = Environment("HOME");
+    return std::filesystem::path(home.empty() ? "." : home) / ".local" / "share" / "lumera";
+}
+
+std::filesystem::path DataFolderOf(const std::string &archive)
+{
+    const std::size_t query = archive.find('?');
+    const std::string address = archive.substr(0, query);
+    const std::string database = address.substr(address.rfind('/') + 1);
+    return UserDataFolder() / (database.empty() ? "postgres" : database);
+}
+
+std::string Session::ArchiveName() const
+{
+    if (!archive.empty()) return archive;
+    const std::string named = Environment("LUMERA_ARCHIVIO");
+    return named.empty() ? (UserDataFolder() / "archivio").string() : named;
+}
+
+void Session::OpenArchive()
+{
+    const std::string name = ArchiveName();
+    OpenCompany(name, IsPostgresTarget(name) ? DataFolderOf(name) : std::filesystem::path{});
+}
+
+bool Session::Colours() const
+{
+    return isatty(STDOUT_FILENO) == 1 && Environment("NO_COLOR").empty();
+}
+
+long ParseDateOption(const std::string &option, const std::string &text)
+{
+    if (text.empty()) return 0;
+    const std::optional<long> day = ParseDate(text);
+    if (!day) throw UsageError(fmt::format("{}: «{}» non è una data. Scrivere AAAA-MM-GG o GG/MM/AAAA.", option, text));
+    return *day;
+}
+
+void Print(const std::string &text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+JsonListPrinter::JsonListPrinter(const std::string &name)
+{
+    Print("{" + nlohmann::json(name).dump() + ": [");
+}
+
+void JsonListPrinter::Add(const nlohmann::json &item)
+{
+    Print((first_ ? "\n  " : ",\n  ") + item.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    first_ = false;
+}
+
+void JsonListPrinter::Finish(const nlohmann::json &more)
+{
+    std::string tail = first_ ? "]" : "\n]";
+    for (const auto &[key, value] : more.items()) tail += fmt::format(", {}: {}", nlohmann::json(key).dump(), value.dump());
+    Print(tail + "}\n");
+}
+
+nlohmann::json JsonAmount(double euro)
+{
+    return Round(euro, 2);
+}
+
+nlohmann::json JsonDate(long day)
+{
+    return day == 0 ? nlohmann::json(nullptr) : nlohmann::json(FormatIsoDate(day));
+}

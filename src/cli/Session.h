@@ -1,0 +1,69 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "tarvodlg/base/ConsoleUserInterface.h"
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+class Table;
+
+/// A command used in a way that makes no sense; the text is Italian.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A command that a check of the books refuses; the text is Italian and was not shown yet.
+class RefusedError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What all commands of one run share: the archive, how to answer, how to print.
+struct Session {
+    std::string archive; ///< folder or PostgreSQL address; empty = the default archive
+    bool json = false;
+    bool yes = false;
+    std::string today; ///< date instead of the clock's, for tests and for catching up
+    ConsoleUserInterface user;
+
+    /// Opens the archive as the current company. @throws SAException
+    void OpenArchive();
+    /// The archive named by option, environment or default.
+    std::string ArchiveName() const;
+    /// True when tables may be drawn with bold titles.
+    bool Colours() const;
+};
+
+/// The data folder of this user: $XDG_DATA_HOME/lumera or ~/.local/share/lumera.
+std::filesystem::path UserDataFolder();
+/// Where the files of a PostgreSQL company go: a folder named after the database.
+std::filesystem::path DataFolderOf(const std::string &archive);
+
+/// A date option: "YYYY-MM-DD" or "DD/MM/YYYY"; 0 for an empty text. @throws UsageError naming the option
+long ParseDateOption(const std::string &option, const std::string &text);
+
+/// Prints a text to standard output.
+void Print(const std::string &text);
+
+/// A JSON list that is printed item by item, so that a long one takes no memory:
+/// {"movimenti": [ ... ], "totale": 12}
+class JsonListPrinter {
+  public:
+    explicit JsonListPrinter(const std::string &name);
+    void Add(const nlohmann::json &item);
+    /// @param more  further keys beside the list
+    void Finish(const nlohmann::json &more = nlohmann::json::object());
+
+  private:
+    bool first_ = true;
+};
+
+/// An amount rounded to cents, as JSON number.
+nlohmann::json JsonAmount(double euro);
+/// A date as "YYYY-MM-DD", null for 0.
+nlohmann::json JsonDate(long day);

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "tarvolumera/Attachments.h"
+#include "tarvolumera/fatturapa/FattureElettronicheDB.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+// The received electronic invoices of the company, kept as filed documents: loading, listing, exporting, deleting.
+
+enum class ImportOutcome { Loaded, AlreadyThere, Refused };
+
+struct ImportResult {
+    std::string origin; ///< the file as the user named it
+    ImportOutcome outcome = ImportOutcome::Refused;
+    long code = 0;      ///< number of the filed document, also of the one that was already there
+    std::string text;   ///< what was loaded, or why not
+    std::vector<std::string> warnings;
+};
+
+/// What must be set on the company before any invoice is taken in. Empty when all is there, else the message.
+std::string CompanyFaultForInvoices(const DITTE &company);
+
+/// Files one invoice: unwraps it if signed, reads it, compares the buyer with the company and asks when it is somebody
+/// else's. The same content is never filed twice, whatever its name or signature.
+/// @throws SAException; everything wrong with the file itself is in the result
+ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std::string &name, std::string bytes);
+
+/// Imports files, folders and .zip archives, one result for each file in order.
+/// @param each  called as results come, so that a long run can be followed; may be empty
+std::vector<ImportResult> ImportInvoices(SACommand *cmd, const std::vector<std::filesystem::path> &paths,
+                                         const std::function<void(const ImportResult &)> &each = {});
+
+/// One row of the list: one body of one filed file.
+struct InvoiceRow {
+    long code = 0, year = 0;  ///< the filed document
+    std::size_t document = 0; ///< index of the body within the file
+    std::size_t documents = 1;
+    Text<200> file_name;
+    SADateTime acquired;
+    long supplier = 0; ///< 0 = unknown
+    std::string supplier_name; ///< of the supplier found, else "*** SCONOSCIUTO ***"
+    std::string seller_name;   ///< as the file names it
+    std::string vat_number, fiscal_code;
+    std::string type, type_text; ///< "TD01", "FATTURA"
+    std::string number;
+    long day = 0;
+    double total = 0;
+    bool is_signed = false;
+    bool is_registered = false, is_in_warehouse = false;
+    std::string fault; ///< the filed bytes can no longer be read
+};
+
+/// Lists the invoices acquired in a period. Each file is read and forgotten again, so memory does not grow with them.
+/// @param first, last  day numbers, both included; 0 = no limit
+void ForEachInvoice(SACommand *cmd, long first, long last, const std::function<bool(const InvoiceRow &)> &each);
+
+/// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (20060 when there is no such document)
+ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content);
+
+/// Whether the journal holds the document of that supplier, and whether the warehouse does.
+bool CheckPNota(SACommand *cmd, long supplier, std::string_view number, long day);
+bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long day);
+
+/// The newest supplier with the VAT number or fiscal code; false when there is none.
+bool FindSupplierOfRow(SACommand *cmd, std::string_view vat_number, std::string_view fiscal_code, FORNITORI *supplier);
+
+/// Status and texts of one body. The list and the desk's rows come from here.
+InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content, std::size_t document);
+
+/// Writes the XML of a filed invoice, unwrapped if signed, or the file as it was received.
+/// @throws FileError, InvoiceFileError, SAException
+void ExportInvoiceXml(SACommand *cmd, long code, const std::filesystem::path &file);
+/// Only for a file received signed: "Impossibile esportare il file!..." as FileError otherwise.
+void ExportInvoiceP7m(SACommand *cmd, long code, const std::filesystem::path &file);
+
+/// Removes a filed invoice. Entries registered from it keep their own copy.
+void DeleteInvoice(SACommand *cmd, long code);
+
+/// The local folder of these files: "<folder>/Fatture_Elettroniche_<VAT number>".
+std::filesystem::path GetLocalPathFattureElettroniche();

@@ -1,0 +1,307 @@
+#include "einvoice/InvoiceRegistration.h"
+
+#include "einvoice/InvoiceRounding.h"
+#include "ledger/EntryEditing.h"
+#include "ledger/EntryStorage.h"
+#include "schedule/Instalments.h"
+#include "tarvodlg/base/UserInterface.h"
+#include "tarvodlg/base/Dates.h"
+#include "tarvodlg/base/Numbers.h"
+#include "tarvolumera/Causali.h"
+#include "tarvolumera/PSQLpno.h"
+#include "tarvolumera/Schedule.h"
+
+#include <cmath>
+#include <fmt/format.h>
+#include <fmt/printf.h>
+
+namespace {
+
+bool Stop(std::string *reason, const std::string &text)
+{
+    AfxMessageBox(text, MB_OK | MB_ICONSTOP);
+    *reason = text;
+    return false;
+}
+
+/// The causale of the registration: asked for, the supplier's, or chosen in the browser on the company's default.
+bool ChooseCausale(SACommand *cmd, const FORNITORI &supplier, long wanted, const RegistrationChoices &choices,
+                   CAUCONT *causale, std::string *reason)
+{
+    long code = wanted != 0 ? wanted : supplier.for_cau;
+    if (code == 0 && choices.choose_causale) code = choices.choose_causale(lumera_db_flag.flg_cau_fatture);
+    if (code == 0 || !sqlcac.Search(cmd, code, causale)) {
+        *reason = code == 0 ? "Nessuna causale contabile scelta." : fmt::format("La causale {} non esiste.", code);
+        return false;
+    }
+    if (!IsPurchaseRegister(causale->cac_reg))
+        return Stop(reason, "Il registro della causale contabile preimpostata non è valido!");
+    if (causale->cac_iva != 1) return Stop(reason, "La causale deve essere una causale iva!");
+    return true;
+}
+
+/// The browser's choice for a rate and nature that the table of VAT codes does not have.
+long AskVatCode(const fatturapa::DatiRiepilogoType &row, const RegistrationChoices &choices)
+{
+    std::string text = fmt::sprintf("Selezionare Aliquota IVA %.2f", row.AliquotaIVA);
+    text += "\n\nNatura : ";
+    text += fatturapa::NaturaText(row.Natura);
+    if (!row.RiferimentoNormativo.empty()) text += "\n\nRif.to Normativo : " + row.RiferimentoNormativo;
+    AfxMessageBox(text, MB_OK | MB_ICONEXCLAMATION);
+    return choices.choose_vat_code ? choices.choose_vat_code(row) : 0;
+}
+
+bool VatCodeFor(SACommand *cmd, const fatturapa::DatiRiepilogoType &row, const RegistrationChoices &choices, CODIVA *code)
+{
+    if (sqliva.SearchByRate(cmd, row.AliquotaIVA, fatturapa::NaturaToIvaTip(row.Natura), code)) return true;
+    const long chosen = AskVatCode(row, choices);
+    if (chosen == 0 || !sqliva.Search(cmd, chosen, code)) return false;
+    if (!TestIfZero(code->iva_aliq - row.AliquotaIVA))
+        AfxMessageBox("L'aliquota iva selezionata non è conforme a quanto indicato in fattura!", MB_OK | MB_ICONINFORMATION);
+    return true;
+}
+
+PNOTA NewEntry(SACommand *cmd, const FORNITORI &supplier, const CAUCONT &causale,
+               const fatturapa::DatiGeneraliDocumentoType &document)
+{
+    PNOTA entry;
+    sqlpno.Blank(cmd, &entry);
+    entry.pno_data = document.Data;
+    entry.pno_data_doc = document.Data;
+    entry.pno_cli_for = supplier.for_codice;
+    EnterCausale(cmd, &entry, causale.cac_codice);
+    EnterDocumentNumber(&entry, document.Numero);
+    EnterTerms(cmd, &entry, supplier.for_pag);
+    return entry;
+}
+
+/// A supplier that is stored only together with the entry is not found when the causale looks it up.
+void TakeNewSupplier(const FORNITORI &supplier, PNOTA *entry)
+{
+    entry->pno_cli_for = supplier.for_codice;
+    entry->des_clifor = supplier.for_desc;
+    for (PNOTA_RIGA &row : entry->righe) {
+        if (row.row_mas != lumera_db_impo.dit_mas_for) continue;
+        row.row_con = GetContoFornitore(&supplier);
+        row.row_sot = supplier.for_codice;
+        row.des_sot = supplier.for_desc;
+    }
+}
+
+PNOTA_RIGA *FirstFreeRow(PNOTA *entry)
+{
+    std::size_t free = 0;
+    for (std::size_t i = 0; i < kEntryRows; ++i) {
+        if (entry->righe[i].InUse()) free = i + 1;
+    }
+    return free < kEntryRows ? &entry->righe[free] : nullptr;
+}
+
+/// Posts what the document's total has beyond its VAT summary, so that the supplier is owed what the invoice says. Above
+/// the company's limit the user decides, and a No stops.
+bool PostRounding(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body, PreparedInvoice *prepared, std::string *reason)
+{
+    const TotalReading reading = ReadTotal(body);
+    if (TestIfZero(reading.rounding)) return true;
+    const double difference = SignOf(body) * reading.rounding;
+    const std::string figures = fmt::format("Totale documento {}, riepilogo IVA {}, differenza {} ({}).",
+                                            FormatAmount(fatturapa::TotaleDocumento(body)),
+                                            FormatAmount(fatturapa::SumOfSummary(body).totale),
+                                            FormatAmount(reading.rounding), reading.how);
+    const AccountKey account =
+        difference > 0 ? lumera_db_flag.RoundingExpense() : lumera_db_flag.RoundingIncome();
+    PNOTA_RIGA *row = FirstFreeRow(&prepared->entry);
+    const bool postable = std::fabs(difference) <= lumera_db_flag.flg_arr_limite + 1e-9 && account.IsSet() && row != nullptr;
+    if (!postable) {
+        if (AfxMessageBox(figures + "\n\nVuoi Continuare ?", MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES) {
+            *reason = figures;
+            return false;
+        }
+        prepared->notes.push_back(figures + " Non registrata.");
+        return true;
+    }
+    row->row_mas = account.mas;
+    row->row_con = account.con;
+    row->row_sot = account.sot;
+    row->row_tipo = difference > 0 ? "D" : "A";
+    row->row_base = row->row_tipo;
+    row->row_importo = std::fabs(difference);
+    row->row_cau = prepared->entry.pno_cau;
+    row->row_descac = prepared->entry.pno_des_cau;
+    row->row_n_doc = prepared->entry.pno_doc;
+    sqlpno.RecalcPNota(cmd, &prepared->entry, 1, difference, 0, 0, 0);
+    prepared->notes.push_back(figures);
+    return true;
+}
+
+void NoteWhatMatters(const fatturapa::FatturaElettronicaBody &body, PreparedInvoice *prepared)
+{
+    const auto &document = body.DatiGenerali.DatiGeneraliDocumento;
+    if (fatturapa::IsCreditNote(document.TipoDocumento))
+        prepared->notes.push_back(SignOf(body) < 0
+                                      ? "Trattata come nota di credito: importi positivi nel file, segno invertito."
+                                      : "Trattata come nota di credito: importi già negativi nel file.");
+    bool reverse_charge = false, split = false;
+    for (const auto &row : body.DatiBeniServizi.DatiRiepilogo) {
+        reverse_charge = reverse_charge || fatturapa::NaturaToIvaTip(row.Natura) == kVatReverseCharge;
+        split = split || row.EsigibilitaIVA == "S";
+    }
+    if (reverse_charge) prepared->notes.push_back("Inversione contabile: integrare l'imposta nel movimento.");
+    if (split) prepared->notes.push_back("Scissione dei pagamenti: l'imposta non è dovuta al fornitore.");
+    for (const auto &withholding : document.DatiRitenuta)
+        prepared->notes.push_back(fmt::format("Ritenuta d'acconto di {} da trattenere al pagamento.",
+                                              FormatAmount(withholding.ImportoRitenuta)));
+}
+
+PNOTA_ALLEGATO AttachmentFrom(const ALLEGATI &filed)
+{
+    PNOTA_ALLEGATO file;
+    file.pat_desc = filed.all_desc;
+    file.pat_fname = filed.all_fname;
+    file.pat_data = filed.all_data;
+    return file;
+}
+
+/// The invoice file, and the readable document when the archive has one: "name.XML.PDF" or "name.PDF".
+void LinkFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry)
+{
+    entry->allegati.push_back(AttachmentFrom(filed));
+    const std::string name = filed.all_fname.str();
+    for (const std::string &pdf : {name + ".PDF", name.substr(0, name.find('.')) + ".PDF"}) {
+        SACommand query(cmd->Connection(), "SELECT all_codice, all_desc, all_fname FROM admin.allegati"
+                                           " WHERE all_fname = :name AND all_anno = :anno");
+        query.Param("name").setAsString(pdf);
+        query.Param("anno").setAsLong(filed.all_anno);
+        query.Execute();
+        if (!query.FetchNext()) continue;
+        const long code = query.Field("all_codice").asLong();
+        query.Close();
+        ALLEGATI document;
+        if (sqlall.Search(cmd, filed.all_anno, code, &document)) entry->allegati.push_back(AttachmentFrom(document));
+        return;
+    }
+}
+
+/// The posted entry against the document, figure by figure: what was stored must be what was received.
+std::string DifferenceFromDocument(const fatturapa::FatturaElettronicaBody &body, const PNOTA &entry)
+{
+    const fatturapa::SummaryTotals totals = fatturapa::SumOfSummary(body);
+    double taxable = 0, tax = 0;
+    for (const PNOTA_IVA &line : entry.iva) {
+        taxable += line.impo;
+        tax += line.imposta;
+    }
+    const int sign = SignOf(body);
+    if (!TestIfZero(taxable - sign * totals.imponibile))
+        return fmt::format("Imponibile registrato {}, in fattura {}.", FormatAmount(taxable), FormatAmount(totals.imponibile));
+    if (!TestIfZero(tax - sign * totals.imposta))
+        return fmt::format("Imposta registrata {}, in fattura {}.", FormatAmount(tax), FormatAmount(totals.imposta));
+    return {};
+}
+
+} // namespace
+
+bool FillVatLines(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body, const RegistrationChoices &choices,
+                  PNOTA *entry)
+{
+    const int sign = SignOf(body);
+    entry->iva = {};
+    std::size_t line = 0;
+    for (const auto &row : body.DatiBeniServizi.DatiRiepilogo) {
+        if (line == kVatLines) {
+            AfxMessageBox("Non è possibile gestire più di 7 aliquote iva!", MB_OK | MB_ICONSTOP);
+            return false;
+        }
+        CODIVA code;
+        if (!VatCodeFor(cmd, row, choices, &code)) return false;
+        PNOTA_IVA &target = entry->iva[line++];
+        target.iva = code.iva_codice;
+        target.tip = code.iva_tip;
+        target.ind = code.iva_inded;
+        target.aliq = row.AliquotaIVA;
+        target.impo = sign * Round(row.ImponibileImporto, 2);
+        target.imposta = sign * Round(row.Imposta, 2);
+        if (row.EsigibilitaIVA == "S") entry->pno_split_payment = 1;
+    }
+    return line > 0;
+}
+
+bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content, std::size_t document,
+                         long causale_code, const RegistrationChoices &choices, PreparedInvoice *prepared,
+                         std::string *reason)
+{
+    CommandScope scope(cmd);
+    const fatturapa::FatturaElettronicaBody &body = content.Documents().at(document);
+    const auto &general = body.DatiGenerali.DatiGeneraliDocumento;
+    bool is_new = false;
+    if (!FindOrCreateSupplier(scope.get(), content.Header().CedentePrestatore, choices, &prepared->supplier, &is_new)) {
+        *reason = "Fornitore non individuato.";
+        return false;
+    }
+    if (is_new) prepared->new_supplier = prepared->supplier;
+    CAUCONT causale;
+    if (!ChooseCausale(scope.get(), prepared->supplier, causale_code, choices, &causale, reason)) return false;
+
+    prepared->entry = NewEntry(scope.get(), prepared->supplier, causale, general);
+    if (is_new) TakeNewSupplier(prepared->supplier, &prepared->entry);
+    if (lumera_db_flag.flg_fatture_altro_anno == 0 && Year(general.Data) != lumera_db_impo.dit_anno)
+        return Stop(reason, "Non è possibile contabilizzare il documento nell'anno corrente!");
+    if (!FillVatLines(scope.get(), body, choices, &prepared->entry)) {
+        *reason = body.DatiBeniServizi.DatiRiepilogo.size() > kVatLines ? "Non è possibile gestire più di 7 aliquote iva!"
+                                                                        : "Codice IVA non individuato.";
+        return false;
+    }
+    const long duplicate = FindDuplicateDocument(scope.get(), prepared->entry, DuplicateYear::OfRegistration);
+    if (!ConfirmDuplicate(duplicate)) {
+        *reason = fmt::format("Già registrata il {}.", FormatDate(duplicate));
+        return false;
+    }
+    sqlpno.RecalcPNota(scope.get(), &prepared->entry, 1, 0, 0, 0, 0);
+    if (!PostRounding(scope.get(), body, prepared, reason)) return false;
+    NoteWhatMatters(body, prepared);
+    LinkFiles(scope.get(), filed, &prepared->entry);
+    return true;
+}
+
+RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t document, long causale,
+                                    const RegistrationChoices &choices)
+{
+    CommandScope scope(cmd);
+    RegistrationOutcome outcome;
+    CFattureElettronicheDB content;
+    const ALLEGATI filed = LoadInvoice(scope.get(), code, &content);
+    if (document >= content.Count()) {
+        outcome.reason = fmt::format("Il file contiene {} documenti.", content.Count());
+        return outcome;
+    }
+    PreparedInvoice prepared;
+    if (!PrepareInvoiceEntry(scope.get(), filed, content, document, causale, choices, &prepared, &outcome.reason)) return outcome;
+    outcome.notes = prepared.notes;
+    if (const std::string difference = DifferenceFromDocument(content.Documents()[document], prepared.entry); !difference.empty())
+        outcome.notes.push_back(difference);
+
+    const std::optional<InstalmentProposal> instalments = ProposeInstalments(scope.get(), prepared.entry);
+    if (instalments && !ConfirmTotal(instalments->rows, instalments->total)) {
+        outcome.reason = "Scadenze non confermate.";
+        return outcome;
+    }
+    StoreTogether together;
+    together.new_counterpart = prepared.new_supplier.for_codice;
+    if (together.new_counterpart != 0)
+        together.before = [&](SACommand *inner) { sqlfor.SqlTransaction(inner, kInsert, &prepared.new_supplier); };
+    if (instalments)
+        together.after = [&](SACommand *inner, const PNOTA &entry) {
+            outcome.instalments = StoreInstalments(inner, entry, *instalments);
+        };
+    const StoreOutcome stored = StoreEntry(scope.get(), &prepared.entry, true, together);
+    if (!stored.stored) {
+        outcome.reason = stored.reason;
+        return outcome;
+    }
+    if (prepared.supplier.for_pag == 0)
+        AfxMessageBox("Nessuna modalità di pagamento impostata sul fornitore!\n\nNessuna scadenza generata.",
+                      MB_OK | MB_ICONEXCLAMATION);
+    outcome.registered = true;
+    outcome.entry = std::move(prepared.entry);
+    return outcome;
+}

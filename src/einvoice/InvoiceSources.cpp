@@ -1,0 +1,112 @@
+#include "einvoice/InvoiceSources.h"
+
+#include "tarvodlg/base/Files.h"
+#include "tarvodlg/base/Text.h"
+#include "tarvolumera/fatturapa/SignedEnvelope.h"
+
+#include <zip.h>
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <memory>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr zip_int64_t kZipEntriesMax = 20'000;
+
+std::string Extension(std::string_view name)
+{
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string_view::npos ? std::string{} : ToUpper(name.substr(dot));
+}
+
+/// In a folder or an archive only what may be an invoice is tried; a file named by itself always is.
+bool MayBeInvoice(std::string_view name)
+{
+    const std::string extension = Extension(name);
+    return extension == ".XML" || extension == ".P7M" || extension == ".TXT" || extension.empty();
+}
+
+bool IsZip(const fs::path &path)
+{
+    return Extension(path.filename().string()) == ".ZIP";
+}
+
+bool OfferFile(const fs::path &path, const std::function<bool(const OfferedFile &)> &each)
+{
+    OfferedFile file{path.string(), SafeFileName(path.filename().string()), {}, {}};
+    try {
+        file.bytes = ReadInvoiceFile(path.string());
+    } catch (const InvoiceFileError &error) {
+        file.fault = error.Detail().empty() ? error.what() : error.Detail();
+    }
+    return each(file);
+}
+
+/// Reads one member; the size that the archive claims is not trusted.
+void ReadMember(zip_t *archive, zip_uint64_t index, OfferedFile *file)
+{
+    const std::unique_ptr<zip_file_t, int (*)(zip_file_t *)> member(zip_fopen_index(archive, index, 0), zip_fclose);
+    if (!member) {
+        file->fault = fmt::format("Impossibile leggere il file nell'archivio: {}", zip_strerror(archive));
+        return;
+    }
+    std::vector<char> buffer(1 << 16);
+    for (;;) {
+        const zip_int64_t read = zip_fread(member.get(), buffer.data(), buffer.size());
+        if (read == 0) return;
+        if (read < 0) file->fault = "Il file nell'archivio compresso è danneggiato.";
+        else if (file->bytes.size() + static_cast<std::size_t>(read) > kInvoiceFileBytesMax)
+            file->fault = "Il file supera la dimensione massima di 50 MB.";
+        if (!file->fault.empty()) {
+            file->bytes.clear();
+            return;
+        }
+        file->bytes.append(buffer.data(), static_cast<std::size_t>(read));
+    }
+}
+
+bool OfferZip(const fs::path &path, const std::function<bool(const OfferedFile &)> &each)
+{
+    int code = 0;
+    const std::unique_ptr<zip_t, void (*)(zip_t *)> archive(zip_open(path.c_str(), ZIP_RDONLY, &code), zip_discard);
+    if (!archive)
+        return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP non può essere aperto o è danneggiato."});
+    const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
+    if (count > kZipEntriesMax)
+        return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP contiene troppi file."});
+    for (zip_int64_t i = 0; i < count; ++i) {
+        const char *claimed = zip_get_name(archive.get(), static_cast<zip_uint64_t>(i), 0);
+        if (claimed == nullptr) continue;
+        const std::string_view name = claimed;
+        if (name.ends_with('/') || name.starts_with("__MACOSX/") || !MayBeInvoice(name)) continue;
+        OfferedFile file{fmt::format("{}: {}", path.filename().string(), name), SafeFileName(name), {}, {}};
+        ReadMember(archive.get(), static_cast<zip_uint64_t>(i), &file);
+        if (!each(file)) return false;
+    }
+    return true;
+}
+
+} // namespace
+
+void ForEachOfferedFile(const fs::path &path, const std::function<bool(const OfferedFile &)> &each)
+{
+    if (!fs::exists(path)) throw FileError(fmt::format("Il file o la cartella non esiste:\n{}", path.string()));
+    if (!fs::is_directory(path)) {
+        if (IsZip(path)) OfferZip(path, each);
+        else OfferFile(path, each);
+        return;
+    }
+    std::vector<fs::path> files;
+    for (const auto &item : fs::recursive_directory_iterator(path, fs::directory_options::skip_permission_denied)) {
+        if (item.is_regular_file() && (MayBeInvoice(item.path().filename().string()) || IsZip(item.path())))
+            files.push_back(item.path());
+    }
+    std::sort(files.begin(), files.end());
+    for (const fs::path &file : files) {
+        if (!(IsZip(file) ? OfferZip(file, each) : OfferFile(file, each))) return;
+    }
+}
