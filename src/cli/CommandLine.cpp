@@ -18,6 +18,7 @@ constexpr const char *kExamples =
     "  lumera --archivio demo fatture importa fatture/\n"
     "  lumera --archivio demo fatture registra --tutte\n"
     "  lumera --archivio demo pnota elenco --dal 2026-01-01 --json\n\n"
+    "Le opzioni comuni (--archivio, --json, --si, --oggi) valgono per ogni comando, prima o dopo il suo nome.\n"
     "Codici di uscita: 0 eseguito, 1 rifiutato da un controllo, 2 uso errato, 3 errore di archivio o di file.";
 
 /// The library's help speaks English; these are its words.
@@ -31,6 +32,17 @@ void SpeakItalian(CLI::App *app)
                                            {"Needs", "Richiede"}, {"Env", "Ambiente"}})
         formatter->label(english, italian);
     formatter->column_width(36);
+}
+
+/// Group titles belong to each option and command, so they are set once all of them exist.
+void NameGroups(CLI::App *app)
+{
+    for (CLI::Option *option : app->get_options()) option->group("Opzioni");
+    for (CLI::App *command : app->get_subcommands({})) {
+        command->group("Comandi");
+        if (!command->get_subcommands({}).empty()) command->footer("");
+        NameGroups(command);
+    }
 }
 
 /// What is wrong with the words of a command, in Italian.
@@ -110,6 +122,8 @@ int RunCommandLine(int argc, const char *const *argv)
     AddInvoiceCommands(&app, &session, &action);
     AddJournalCommands(&app, &session, &action);
     AddScheduleCommands(&app, &session, &action);
+
+    NameGroups(&app);
 
     int code = kExitDone;
     try {

@@ -6,6 +6,7 @@
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/Numbers.h"
+#include "tarvolumera/Schedule.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -61,12 +62,18 @@ const char *StateOf(const InvoiceRow &row)
     return row.is_registered ? "registrata" : "da registrare";
 }
 
+std::string NumberOrDash(long number)
+{
+    return number == 0 ? "-" : std::to_string(number);
+}
+
 nlohmann::json ToJson(const InvoiceRow &row)
 {
     return {{"id", IdOf(row)}, {"codice", row.code}, {"documento", row.document + 1}, {"file", row.file_name.str()},
             {"tipo", row.type}, {"numero", row.number}, {"data", JsonDate(row.day)}, {"cedente", row.seller_name},
             {"piva", row.vat_number}, {"codfis", row.fiscal_code}, {"fornitore", row.supplier}, {"totale", JsonAmount(row.total)},
-            {"firmata", row.is_signed}, {"registrata", row.is_registered}, {"stato", StateOf(row)}};
+            {"firmata", row.is_signed}, {"registrata", row.is_registered},
+            {"movimento", row.entry}, {"protocollo", row.protocol}, {"stato", StateOf(row)}};
 }
 
 struct ListOptions {
@@ -82,7 +89,7 @@ int List(Session *session, const ListOptions &options)
     if (session->json) json.emplace("fatture");
     constexpr auto kRight = TableColumn::Align::Right;
     Table table({{"Id", kRight}, {"Tipo"}, {"Numero", TableColumn::Align::Left, 20}, {"Data"}, {"Forn.", kRight},
-                 {"Cedente", TableColumn::Align::Left, 34}, {"Totale", kRight}, {"Stato"}},
+                 {"Cedente", TableColumn::Align::Left, 34}, {"Totale", kRight}, {"Mov.", kRight}, {"Prot.", kRight}, {"Scad.", kRight}, {"File", kRight}, {"Stato"}},
                 session->Colours());
     long count = 0;
     ForEachInvoice(nullptr, first, last, [&](const InvoiceRow &row) {
@@ -92,8 +99,10 @@ int List(Session *session, const ListOptions &options)
             json->Add(ToJson(row));
             return true;
         }
-        table.AddRow({IdOf(row), row.type, row.number, FormatDate(row.day), row.supplier == 0 ? "-" : std::to_string(row.supplier),
-                      row.seller_name, FormatAmount(row.total), StateOf(row)});
+        table.AddRow({IdOf(row), row.type, row.number, FormatDate(row.day), NumberOrDash(row.supplier), row.seller_name,
+                      FormatAmount(row.total), NumberOrDash(row.entry), NumberOrDash(row.protocol),
+                      row.entry == 0 ? "-" : std::to_string(sqlsca.CountOf(nullptr, row.entry)),
+                      row.entry == 0 ? "-" : std::to_string(sqlpat.ListOf(nullptr, row.entry).size()), StateOf(row)});
         Print(table.Take());
         return true;
     });

@@ -191,6 +191,21 @@ bool CheckPNota(SACommand *cmd, long supplier, std::string_view number, long day
     return false;
 }
 
+void FindRegisteredEntry(SACommand *cmd, InvoiceRow *row)
+{
+    CommandScope scope(cmd);
+    SACommand query(scope->Connection(),
+                    "SELECT pno_codice, pno_prot FROM admin.pnota1 WHERE pno_reg IN (2, 6) AND pno_cli_for = :codfor AND "
+                    "pno_doc = :numdoc AND pno_data_doc = :data ORDER BY pno_codice DESC");
+    query.Param("codfor").setAsLong(row->supplier);
+    query.Param("numdoc").setAsString(row->number);
+    query.Param("data").setAsDateTime(ToSqlDate(row->day));
+    query.Execute();
+    if (!query.FetchNext()) return;
+    row->entry = query.Field("pno_codice").asLong();
+    row->protocol = query.Field("pno_prot").asLong();
+}
+
 bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long day)
 {
     if (supplier == 0) return false;
@@ -243,6 +258,7 @@ InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFatture
     row.day = general.Data;
     row.total = fatturapa::TotaleDocumento(body);
     row.is_registered = CheckPNota(cmd, row.supplier, row.number, row.day);
+    if (row.is_registered) FindRegisteredEntry(cmd, &row);
     row.is_in_warehouse = CheckTestate(cmd, row.supplier, row.number, row.day);
     return row;
 }

@@ -50,6 +50,7 @@ struct InvoiceRow {
     double total = 0;
     bool is_signed = false;
     bool is_registered = false, is_in_warehouse = false;
+    long entry = 0, protocol = 0; ///< of the newest entry that registers it; 0 = not registered
     std::string fault; ///< the filed bytes can no longer be read
 };
 
@@ -62,6 +63,8 @@ ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content)
 
 /// Whether the journal holds the document of that supplier, and whether the warehouse does.
 bool CheckPNota(SACommand *cmd, long supplier, std::string_view number, long day);
+/// The entry that registers the document, the newest one; sets entry and protocol of the row.
+void FindRegisteredEntry(SACommand *cmd, InvoiceRow *row);
 bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long day);
 
 /// The newest supplier with the VAT number or fiscal code; false when there is none.

@@ -3,6 +3,7 @@
 #include "sqlapi/engines/PostgresFaults.h"
 #include "sqlapi/engines/PostgresStatement.h"
 
+#include <fmt/format.h>
 #include <poll.h>
 
 #include <cstring>
@@ -104,7 +105,7 @@ void PostgresConnection::RefuseCopy(ExecStatusType status)
 
 std::string PostgresConnection::NewStatementName()
 {
-    return "s" + std::to_string(++last_name_);
+    return fmt::format("s{}", ++last_name_);
 }
 
 void PostgresConnection::Retire(std::string name)
