@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "cli/Commands.h"
+#include "frame/Module.h"
 #include "sqlapi/SACommand.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
@@ -110,7 +111,9 @@ int RunCommandLine(int argc, const char *const *argv)
     SpeakItalian(&app);
     app.footer(kExamples);
     app.set_help_flag("-h,--help", "Mostra questo aiuto");
-    app.set_version_flag("--version", "lumera " LUMERA_VERSION, "Mostra la versione");
+    const ModuleInfo module = DescribeModule();
+    app.set_version_flag("--version", fmt::format("lumera {} ({}, archivio {})", module.version, module.name, module.archive_version),
+                         "Mostra la versione");
     app.require_subcommand(1);
     app.fallthrough();
     app.add_option("--archivio", session.archive, "Cartella o indirizzo PostgreSQL dell'archivio (o LUMERA_ARCHIVIO)");

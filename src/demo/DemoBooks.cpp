@@ -161,10 +161,14 @@ std::string DemoBooks::NextPurchaseNumber(long supplier)
     // He also has other customers.
     numbers.last += random_->Between(1, numbers.last == 0 ? 400 : 9);
     switch (supplier % 4) {
-    case 0: return fmt::format("{}/A", numbers.last);
-    case 1: return fmt::format("{}", numbers.last);
-    case 2: return fmt::format("FT{:06}", numbers.last);
-    default: return fmt::format("{}/{}", Year(entry_.pno_data), numbers.last);
+    case 0:
+        return fmt::format("{}/A", numbers.last);
+    case 1:
+        return fmt::format("{}", numbers.last);
+    case 2:
+        return fmt::format("FT{:06}", numbers.last);
+    default:
+        return fmt::format("{}/{}", Year(entry_.pno_data), numbers.last);
     }
 }
 

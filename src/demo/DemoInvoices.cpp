@@ -88,7 +88,8 @@ void BookInvoice(DemoBooks *books, const PlannedEntry &planned)
     TakeAccount(&entry, model.account);
     TakeVatLines(books, model);
     if (model.causale == kCausaleSplitPayment) TakeTaxOffCustomer(&entry);
-    if (books->Random().Chance(50)) EnterTerms(books->Command(), &entry, books->Random().Pick(std::to_array(kTermsAgreed)));
+    if (books->Random().Chance(50))
+        EnterTerms(books->Command(), &entry, books->Random().Pick(std::to_array(kTermsAgreed)));
     books->TakeExtras();
     books->StoreInvoice(Withholding(entry));
     if (model.credit_causale != 0) books->RememberInvoice(model.credit_causale);
@@ -117,8 +118,10 @@ void BookReceipts(DemoBooks *books, const PlannedEntry &planned)
     books->Begin(model.causale, planned.day);
     std::size_t line = 0;
     for (const long code : model.vat_codes) {
-        if (line == 0) books->TakeVatLine(line++, code, random.Amount(model.euro_min, model.euro_max));
-        else if (random.Chance(250)) books->TakeVatLine(line++, code, random.Amount(10, model.euro_min));
+        if (line == 0)
+            books->TakeVatLine(line++, code, random.Amount(model.euro_min, model.euro_max));
+        else if (random.Chance(250))
+            books->TakeVatLine(line++, code, random.Amount(10, model.euro_min));
     }
     books->TakeExtras();
     books->Store();

@@ -30,10 +30,14 @@ long HabitualDay(long day, int habit)
 {
     const int month = Month(day), year = Year(day);
     switch (habit) {
-    case kAnyDay: return day;
-    case kMonthEnd: return LastDayOfMonth(day);
-    case kQuarterEnd: return LastDayOfMonth(DateToJulian(1, (month + 2) / 3 * 3, year));
-    default: return DateToJulian(habit, month, year);
+    case kAnyDay:
+        return day;
+    case kMonthEnd:
+        return LastDayOfMonth(day);
+    case kQuarterEnd:
+        return LastDayOfMonth(DateToJulian(1, (month + 2) / 3 * 3, year));
+    default:
+        return DateToJulian(habit, month, year);
     }
 }
 
@@ -59,8 +63,8 @@ std::vector<const DemoModel *> ModelsByShare(long entries)
 
 const DemoModel &FirstOf(DemoJob job, long causale)
 {
-    return *std::ranges::find_if(
-        DemoModels(), [&](const DemoModel &model) { return model.job == job && model.causale == causale; });
+    return *std::ranges::find_if(DemoModels(),
+                                 [&](const DemoModel &model) { return model.job == job && model.causale == causale; });
 }
 
 } // namespace
@@ -88,8 +92,10 @@ std::vector<PlannedEntry> PlanEntries(long entries, long first_day, long last_da
     for (const DemoModel *model : ModelsByShare(entries)) {
         const long drawn = random->Pick(days), habitual = HabitualDay(drawn, model->habit);
         const bool in_range = habitual >= first_day && habitual <= last_day;
-        if (in_range) plan.push_back({habitual, model});
-        else plan.push_back({drawn, &UsualBankCharges()});
+        if (in_range)
+            plan.push_back({habitual, model});
+        else
+            plan.push_back({drawn, &UsualBankCharges()});
     }
     for (std::size_t i = plan.size(); i > 1; --i)
         std::swap(plan[i - 1], plan[static_cast<std::size_t>(random->Between(0, static_cast<long>(i) - 1))]);

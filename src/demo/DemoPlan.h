@@ -34,13 +34,13 @@ inline constexpr int kAnyDay = 0, kMonthEnd = -1, kQuarterEnd = -2;
 /// A model of entries that resemble each other but for counterpart, date and amounts.
 struct DemoModel {
     DemoJob job = DemoJob::Invoice;
-    long share = 0;                 ///< per mille of all entries
+    long share = 0; ///< per mille of all entries
     long causale = 0;
-    std::vector<long> counterparts; ///< codes of the demo company's suppliers or customers
-    std::vector<long> vat_codes;    ///< one of them is drawn; the same one twice is drawn twice as often
+    std::vector<long> counterparts;  ///< codes of the demo company's suppliers or customers
+    std::vector<long> vat_codes;     ///< one of them is drawn; the same one twice is drawn twice as often
     long euro_min = 0, euro_max = 0; ///< taxable amount, in receipts VAT included
-    AccountKey account;             ///< cost or revenue instead of the causale's own; unset = the causale's
-    long credit_causale = 0;        ///< of the credit notes for such an invoice; 0 = none are made
+    AccountKey account;              ///< cost or revenue instead of the causale's own; unset = the causale's
+    long credit_causale = 0;         ///< of the credit notes for such an invoice; 0 = none are made
     int habit = kAnyDay;
 };
 

@@ -2,8 +2,8 @@
 
 #include <random>
 
-/// The chance in the demo books. Maps the engine's numbers itself: the distributions of the standard library differ from
-/// one implementation to the next, and a seed has to give the same books everywhere.
+/// The chance in the demo books. Maps the engine's numbers itself: the distributions of the standard library differ
+/// from one implementation to the next, and a seed has to give the same books everywhere.
 class DemoRandom {
   public:
     explicit DemoRandom(unsigned seed) : engine_(seed) {}

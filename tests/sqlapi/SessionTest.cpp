@@ -3,7 +3,10 @@
 #include "sqlapi/SACommand.h"
 #include "tests/support/TestDatabase.h"
 
+#include <sys/resource.h>
+
 #include <atomic>
+#include <csignal>
 #include <fstream>
 #include <thread>
 
@@ -265,6 +268,25 @@ TEST_F(ArchiveFileTest, RefusedCopyLeavesNothingBehind)
         EXPECT_THROW(connection_.CopyTo(File("copia.db").string()), SAException) << "inside a transaction";
     }
     EXPECT_EQ(FileCount(), files);
+}
+
+TEST_F(ArchiveFileTest, FullDiskLeavesNoHalfCopy)
+{
+    connection_.ExecuteScript("CREATE TABLE admin.t (a TEXT);"
+                              "WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2000)"
+                              " INSERT INTO admin.t SELECT hex(randomblob(200)) FROM n");
+    const std::size_t files = FileCount();
+    // No file may grow beyond 64 KB for a while; the write that tries to fails like one on a full disk.
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small = {65536, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_THROW(connection_.CopyTo(File("copia.db").string()), SAException);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(FileCount(), files);
+    EXPECT_EQ(ReadLong(connection_, "SELECT COUNT(*) FROM admin.t"), 2000);
 }
 
 } // namespace
