@@ -72,10 +72,13 @@ InvoiceFile LongInvoice(long lines)
         <Divisa>EUR</Divisa>
         <Data>2026-01-31</Data>
         <Numero>2500/A</Numero>
-      </DatiGeneraliDocumento>
-    </DatiGenerali>
-    <DatiBeniServizi>
 )";
+    const double taxable = 12.5 * static_cast<double>(lines);
+    xml += fmt::format("        <ImportoTotaleDocumento>{:.2f}</ImportoTotaleDocumento>\n"
+                       "      </DatiGeneraliDocumento>\n"
+                       "    </DatiGenerali>\n"
+                       "    <DatiBeniServizi>\n",
+                       taxable * 1.22);
     for (long line = 1; line <= lines; ++line) {
         xml += fmt::format("      <DettaglioLinee>\n"
                            "        <NumeroLinea>{0}</NumeroLinea>\n"
@@ -93,7 +96,6 @@ InvoiceFile LongInvoice(long lines)
                            "      </DettaglioLinee>\n",
                            line, 8 + line % 25);
     }
-    const double taxable = 12.5 * static_cast<double>(lines);
     xml += fmt::format(R"(      <DatiRiepilogo>
         <AliquotaIVA>22.00</AliquotaIVA>
         <ImponibileImporto>{:.2f}</ImponibileImporto>

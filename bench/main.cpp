@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -54,18 +55,16 @@ void MeasureEngine(const Options &options, const BenchPlaces &places, SAEngine e
     if (options.Wants("memory")) MeasureMemory(archive, options.Listed(), findings);
 }
 
-Findings MeasureAll(const Options &options)
+void MeasureAll(const Options &options, Findings &findings)
 {
     const TemporaryFolder folder(options.folder);
     const BenchPlaces places{folder.Path(), options.postgres};
-    Findings findings;
     MeasureEngine(options, places, SAEngine::SQLite, findings);
     if (places.postgres.empty())
         fmt::print(stderr, "No PostgreSQL server was named: its cases are left out.\n");
     else
         MeasureEngine(options, places, SAEngine::PostgreSQL, findings);
     if (options.Wants("read")) MeasureInvoices(options.samples, findings);
-    return findings;
 }
 
 } // namespace
@@ -89,15 +88,18 @@ int main(int argc, char **argv)
     app.add_option("--memory-probe", options.memory_probe)->group("");
     CLI11_PARSE(app, argc, argv);
 
+    Findings findings;
+    int exit_code = 0;
     try {
         if (options.memory_probe > 0) return RunMemoryProbe(options.memory_probe);
-        const Findings findings = MeasureAll(options);
-        fmt::print("{}", options.json ? FormatFindingsAsJson(findings) : FormatFindings(findings));
-        return std::all_of(findings.begin(), findings.end(), [](const Finding &finding) { return finding.IsGood(); })
-                   ? 0
-                   : 1;
+        MeasureAll(options, findings);
     } catch (const std::exception &error) {
         fmt::print(stderr, "{}\n", error.what());
-        return 2;
+        exit_code = 2;
     }
+    // A run that failed late still has something to tell.
+    fmt::print("{}", options.json ? FormatFindingsAsJson(findings) : FormatFindings(findings));
+    const bool all_good = std::all_of(findings.begin(), findings.end(), [](const auto &finding) { return finding.IsGood(); });
+    if (exit_code == 0 && !all_good) exit_code = 1;
+    return exit_code;
 }

@@ -11,6 +11,8 @@
 #include "tarvolumera/Protocols.h"
 
 #include <fmt/format.h>
+#include <mutex>
+#include <random>
 
 CPSQLpno sqlpno;
 
@@ -72,6 +74,16 @@ void CompleteRows(PNOTA *entry)
         row.row_rel = relation;
         row.row_clfo = relation == kNoCounterpart ? 0 : row.row_sot;
     }
+}
+
+/// Where the revisions of a new entry start. Not at 0: the number of a deleted last entry is given again, and a station
+/// that still shows the old entry must not take the new one for it.
+long FirstRevision()
+{
+    static std::mutex guard;
+    static std::mt19937 numbers{std::random_device{}()};
+    const std::lock_guard lock(guard);
+    return static_cast<long>(numbers() % 1'000'000'000U) + 1;
 }
 
 /// What is stored must follow from the rows that are stored, whoever prepared the record.
@@ -202,7 +214,7 @@ void CPSQLpno::Insert(SACommand *cmd, PNOTA *entry) const
     SettleProtocol(cmd, entry);
     Prepare(entry);
     entry->pno_creato = entry->pno_aggiornato;
-    entry->pno_revisione = 0;
+    entry->pno_revisione = FirstRevision();
     Transact(cmd, kInsert, entry);
     InsertDetails(cmd, entry);
 }

@@ -164,6 +164,7 @@ TEST_P(TablesTest, WorkTablesAndDialect)
         EXPECT_TRUE(CTarvoPostgreSQL::IsTableNotExistErr(error));
         EXPECT_TRUE(CTarvoPostgreSQL::IsViewNotExistErr(error)) << "a query cannot tell which of the two is missing";
     }
+    Run("UPDATE admin.clienti1 SET cli_age = NULL");
     Run("DROP TABLE admin.agenti1" + std::string(GetParam() == SAEngine::SQLite ? "" : " CASCADE"));
     sqlage.Create(Cmd());
     sqlage.Create(Cmd());
