@@ -1,5 +1,5 @@
-#include "bench/BareValues.h"
 #include "bench/Bare.h"
+#include "bench/BareValues.h"
 
 #include "tarvolumera/PSQLpno.h"
 
@@ -8,9 +8,15 @@ namespace {
 void Bind(sqlite3_stmt *statement, int number, const BareValue &value)
 {
     switch (value.kind) {
-    case BareValue::Kind::Null: sqlite3_bind_null(statement, number); break;
-    case BareValue::Kind::Integer: sqlite3_bind_int64(statement, number, value.integer); break;
-    case BareValue::Kind::Real: sqlite3_bind_double(statement, number, value.real); break;
+    case BareValue::Kind::Null:
+        sqlite3_bind_null(statement, number);
+        break;
+    case BareValue::Kind::Integer:
+        sqlite3_bind_int64(statement, number, value.integer);
+        break;
+    case BareValue::Kind::Real:
+        sqlite3_bind_double(statement, number, value.real);
+        break;
     case BareValue::Kind::Text:
         sqlite3_bind_text(statement, number, value.text.data(), static_cast<int>(value.text.size()), SQLITE_STATIC);
         break;
@@ -27,9 +33,9 @@ class BareSqliteJournal final : public BareJournal {
         begin_ = PrepareSqlite(database_.get(), "BEGIN IMMEDIATE");
         commit_ = PrepareSqlite(database_.get(), "COMMIT");
         max_number_ = PrepareSqlite(database_.get(), "SELECT MAX(pno_codice) FROM admin.pnota1");
-        max_protocol_ = PrepareSqlite(database_.get(),
-                                      "SELECT MAX(pno_prot) FROM admin.pnota1 WHERE CAST(substr(pno_data,1,4) AS INTEGER)"
-                                      " = ?1 AND pno_sez = ?2 AND pno_reg = ?3");
+        max_protocol_ = PrepareSqlite(
+            database_.get(), "SELECT MAX(pno_prot) FROM admin.pnota1 WHERE CAST(substr(pno_data,1,4) AS INTEGER)"
+                             " = ?1 AND pno_sez = ?2 AND pno_reg = ?3");
         insert_header_ = PrepareSqlite(database_.get(), header_.Text("admin.pnota1", '?'));
         insert_row_ = PrepareSqlite(database_.get(), rows_.front().Text("admin.pnotaro2", '?'));
     }
@@ -90,9 +96,9 @@ BareSqlite OpenSqlite(const std::string &file)
     if (code != SQLITE_OK) throw BareError(handle);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_MAINDBNAME, "admin");
     // The same safety and the same memory as a session of the program has.
-    for (const char *setting : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=FULL", "PRAGMA foreign_keys=ON",
-                                "PRAGMA temp_store=MEMORY", "PRAGMA cache_size=-16384",
-                                "PRAGMA journal_size_limit=67108864"}) {
+    for (const char *setting :
+         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=FULL", "PRAGMA foreign_keys=ON", "PRAGMA temp_store=MEMORY",
+          "PRAGMA cache_size=-16384", "PRAGMA journal_size_limit=67108864"}) {
         if (sqlite3_exec(handle, setting, nullptr, nullptr, nullptr) != SQLITE_OK) throw BareError(handle);
     }
     return database;

@@ -34,12 +34,14 @@ BareValue ValueOf(const ColumnDescription &column, void *member)
         const long day = *static_cast<long *>(member);
         return day == 0 ? BareValue{} : Text(ToSqlDate(day).DateText());
     }
-    case ColumnKind::Text: return Text(static_cast<BoundedText *>(member)->str());
+    case ColumnKind::Text:
+        return Text(static_cast<BoundedText *>(member)->str());
     case ColumnKind::Moment: {
         const auto &moment = *static_cast<SADateTime *>(member);
         return moment.IsNull() ? BareValue{} : Text(moment.DateTimeText());
     }
-    case ColumnKind::Bytes: break;
+    case ColumnKind::Bytes:
+        break;
     }
     throw std::logic_error("the journal has no column of bytes");
 }

@@ -7,8 +7,8 @@
 
 struct PNOTA;
 
-/// A value as the bare client libraries take it, made ready before the clock starts: the bare side has nothing to do but
-/// to hand it over.
+/// A value as the bare client libraries take it, made ready before the clock starts: the bare side has nothing to do
+/// but to hand it over.
 struct BareValue {
     enum class Kind { Null, Integer, Real, Text };
     Kind kind = Kind::Null;

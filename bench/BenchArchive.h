@@ -12,7 +12,8 @@ struct BenchPlaces {
     std::string postgres;         ///< address of a server on which databases may be created; empty = none
 };
 
-/// A fresh archive of the demo company: a folder, or a database of its own on the server. Removed with everything in it.
+/// A fresh archive of the demo company: a folder, or a database of its own on the server. Removed with everything in
+/// it.
 class BenchArchive {
   public:
     /// @param name  different for every archive of a run
@@ -25,7 +26,7 @@ class BenchArchive {
     const std::string &Target() const { return target_; } ///< for SAConnection::Connect, or for the bare library
 
     /// Writes a journal of purchases with two rows each, three years in the order of their numbers, straight into the
-    /// tables.
+    /// tables, and lets the server gather its statistics, once for the life of the archive.
     void FillJournal(long entries) const;
 
   private:

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kSteps = 500;
 
-constexpr const char *kOrderNames[kJournalOrders] = {"number",          "date",  "document date",
+constexpr const char *kOrderNames[kJournalOrders] = {"number",          "date",    "document date",
                                                      "document number", "causale", "counterpart"};
 
 bool Contains(const std::string &text, std::string_view part)
@@ -163,8 +163,8 @@ void MeasureBrowsing(const BenchArchive &archive, long entries, bool verbose, Fi
         Finding finding;
         finding.name = fmt::format("next entry by {}, {}", kOrderNames[order], EngineName(archive.Engine()));
         finding.ours = TimeOfStep(archive, middle);
-        const std::string plan = archive.Engine() == SAEngine::SQLite ? SqlitePlan(archive, middle)
-                                                                      : PostgresPlan(archive, middle);
+        const std::string plan =
+            archive.Engine() == SAEngine::SQLite ? SqlitePlan(archive, middle) : PostgresPlan(archive, middle);
         finding.fault = PlanFault(archive.Engine(), plan);
         if (verbose) fmt::print(stderr, "{}\n{}", finding.name, plan);
         findings.push_back(std::move(finding));

@@ -97,8 +97,10 @@ ListedSum ListBarePostgres(PGconn *connection)
     if (PQsendQueryPrepared(connection, "listing", 0, nullptr, nullptr, nullptr, 0) == 0) throw BareError(connection);
     PQsetSingleRowMode(connection);
     while (const BareResult result{PQgetResult(connection)}) {
-        if (PQresultStatus(result.get()) == PGRES_SINGLE_TUPLE) AddBareRow(result.get(), 0, entry, sum);
-        else if (PQresultStatus(result.get()) != PGRES_TUPLES_OK) throw BareError(connection);
+        if (PQresultStatus(result.get()) == PGRES_SINGLE_TUPLE)
+            AddBareRow(result.get(), 0, entry, sum);
+        else if (PQresultStatus(result.get()) != PGRES_TUPLES_OK)
+            throw BareError(connection);
     }
     return sum;
 }

@@ -9,10 +9,10 @@ struct Finding {
     std::string name;
     std::string unit = "us"; ///< of `ours` and `bare`, for one entry, file or step
     double ours = 0;
-    double bare = 0;         ///< 0 when nothing bare stands against it
-    double ratio = 0;        ///< median of the rounds, not ours / bare; 0 when there is none
-    double target = 0;       ///< highest good ratio; 0 = for information
-    std::string fault;       ///< what is wrong apart from the ratio, e.g. a query without an index
+    double bare = 0;   ///< 0 when nothing bare stands against it
+    double ratio = 0;  ///< median of the rounds, not ours / bare; 0 when there is none
+    double target = 0; ///< highest good ratio; 0 = for information
+    std::string fault; ///< what is wrong apart from the ratio, e.g. a query without an index
 
     bool IsGood() const { return fault.empty() && (target == 0 || ratio <= target); }
 };

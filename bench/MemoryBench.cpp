@@ -16,7 +16,8 @@
 namespace {
 
 constexpr double kMemoryTarget = 1.1;
-constexpr char kTargetVariable[] = "LUMERA_BENCH_TARGET"; // not an argument: others can read those, and it may hold a password
+constexpr char kTargetVariable[] =
+    "LUMERA_BENCH_TARGET"; // not an argument: others can read those, and it may hold a password
 
 /// A figure of /proc/self/status, in kB.
 long StatusFigure(std::string_view name)
@@ -52,7 +53,8 @@ int RunMemoryProbe(long entries)
     SAConnection connection;
     connection.Connect(target);
     // SQLite's page cache fills up to its limit however long a listing is; it is filled before either of them.
-    SACommand whole(&connection, "SELECT SUM(pno_dare + pno_avere) AS totale, MAX(pno_desc) AS testo FROM admin.pnota1");
+    SACommand whole(&connection,
+                    "SELECT SUM(pno_dare + pno_avere) AS totale, MAX(pno_desc) AS testo FROM admin.pnota1");
     whole.Execute();
     while (whole.FetchNext()) {
     }

@@ -99,7 +99,8 @@ int main(int argc, char **argv)
     }
     // A run that failed late still has something to tell.
     fmt::print("{}", options.json ? FormatFindingsAsJson(findings) : FormatFindings(findings));
-    const bool all_good = std::all_of(findings.begin(), findings.end(), [](const auto &finding) { return finding.IsGood(); });
+    const bool all_good =
+        std::all_of(findings.begin(), findings.end(), [](const auto &finding) { return finding.IsGood(); });
     if (exit_code == 0 && !all_good) exit_code = 1;
     return exit_code;
 }

@@ -17,6 +17,8 @@ namespace {
 using Position = DemoBooks::OpenInstalments::iterator;
 
 constexpr std::size_t kAtOnce = 6;
+/// Of so many counterparts drawn the one with most instalments due is settled: few are left overdue, but some are.
+constexpr int kDraws = 5;
 constexpr long kPaymentRemittance = 1; ///< however the customer likes: by bank, cheque, card
 constexpr AccountKey kCash{175, 1, 1};
 
@@ -54,7 +56,13 @@ Settlement ChooseSettlement(DemoBooks *books, long side, long day)
         std::vector<Position> items = DueItems(&open, day);
         if (!items.empty()) possible.push_back({counterpart, std::move(items)});
     }
-    return possible.empty() ? Settlement{} : books->Random().Pick(possible);
+    if (possible.empty()) return {};
+    const Settlement *chosen = &possible.front();
+    for (int drawn = 0; drawn < kDraws; ++drawn) {
+        const Settlement &other = books->Random().Pick(possible);
+        if (drawn == 0 || other.items.size() > chosen->items.size()) chosen = &other;
+    }
+    return *chosen;
 }
 
 long SupplierCausale(DemoBooks *books, const std::vector<Position> &items)

@@ -8,7 +8,6 @@
 
 #include <openssl/cms.h>
 #include <openssl/evp.h>
-#include <openssl/pem.h>
 #include <openssl/x509.h>
 
 #include <memory>
@@ -16,8 +15,8 @@
 namespace {
 
 using Reason = InvoiceFileError::Reason;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::UnorderedElementsAreArray;
 
 using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;
@@ -38,8 +37,8 @@ struct Signer {
         X509_gmtime_adj(X509_getm_notAfter(x), valid_until_seconds);
         X509_set_pubkey(x, key.get());
         X509_NAME *name = X509_get_subject_name(x);
-        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8, reinterpret_cast<const unsigned char *>(common_name), -1, -1,
-                                   0);
+        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8, reinterpret_cast<const unsigned char *>(common_name), -1,
+                                   -1, 0);
         X509_set_issuer_name(x, name);
         X509_sign(x, key.get(), EVP_sha256());
     }
@@ -74,16 +73,17 @@ std::string Sign(std::string_view content, const Signer &signer, Form form = For
     const Cms cms(CMS_sign(signer.certificate.get(), signer.key.get(), nullptr, in.get(), all), CMS_ContentInfo_free);
     if (form == Form::Ber) i2d_CMS_bio_stream(out.get(), cms.get(), in.get(), static_cast<int>(all));
     if (form == Form::Der) i2d_CMS_bio(out.get(), cms.get());
-    if (form == Form::Pem) PEM_write_bio_CMS(out.get(), cms.get());
+    if (form == Form::Pem) PEM_write_bio_CMS_stream(out.get(), cms.get(), nullptr, static_cast<int>(all));
     return Bytes(out.get());
 }
 
-std::string SignByTwo(std::string_view content)
+std::string SignByTwo(const std::string &content)
 {
     const Bio in(BIO_new_mem_buf(content.data(), static_cast<int>(content.size())), BIO_free_all);
     const Bio out(BIO_new(BIO_s_mem()), BIO_free_all);
     const unsigned flags = CMS_BINARY | CMS_PARTIAL;
-    const Cms cms(CMS_sign(Mario().certificate.get(), Mario().key.get(), nullptr, in.get(), flags), CMS_ContentInfo_free);
+    const Cms cms(CMS_sign(Mario().certificate.get(), Mario().key.get(), nullptr, in.get(), flags),
+                  CMS_ContentInfo_free);
     CMS_add1_signer(cms.get(), Lucia().certificate.get(), Lucia().key.get(), nullptr, flags);
     CMS_final(cms.get(), in.get(), nullptr, flags);
     i2d_CMS_bio(out.get(), cms.get());
@@ -150,7 +150,11 @@ TEST_P(EnvelopeTest, GivesTheXmlInside)
     EXPECT_EQ(extracted.envelope.encoding, GetParam().encoding);
     EXPECT_EQ(extracted.envelope.levels, GetParam().levels);
     EXPECT_EQ(extracted.envelope.is_signed, GetParam().levels > 0);
-    EXPECT_EQ(extracted.envelope.signers, GetParam().signers);
+    if (GetParam().levels > 1) {
+        EXPECT_EQ(extracted.envelope.signers, GetParam().signers) << "outermost first";
+    } else {
+        EXPECT_THAT(extracted.envelope.signers, UnorderedElementsAreArray(GetParam().signers));
+    }
 }
 
 using Text = const std::string &;
@@ -166,27 +170,51 @@ INSTANTIATE_TEST_SUITE_P(
         Wrapped{"Der", [](Text xml) { return Sign(xml, Mario()); }, "DER > XML", 1, {kMario}},
         Wrapped{"Ber", [](Text xml) { return Sign(xml, Mario(), Form::Ber); }, "BER > XML", 1, {kMario}},
         Wrapped{"Pem", [](Text xml) { return Sign(xml, Mario(), Form::Pem); }, "PEM > DER > XML", 1, {kMario}},
-        Wrapped{"WithoutAttributes", [](Text xml) { return Sign(xml, Mario(), Form::Der, CMS_NOATTR); }, "DER > XML", 1,
+        Wrapped{"WithoutAttributes",
+                [](Text xml) { return Sign(xml, Mario(), Form::Der, CMS_NOATTR); },
+                "DER > XML",
+                1,
                 {kMario}},
         Wrapped{"TrailingLineEnd", [](Text xml) { return Sign(xml, Mario()) + "\r\n"; }, "DER > XML", 1, {kMario}},
         Wrapped{"TwoSigners", SignByTwo, "DER > XML", 1, {kMario, kLucia}},
-        Wrapped{"Base64OneLine", [](Text xml) { return Base64(Sign(xml, Mario())); }, "base64 > DER > XML", 1, {kMario}},
-        Wrapped{"Base64Lines", [](Text xml) { return Base64(Sign(xml, Mario()), 64); }, "base64 > DER > XML", 1, {kMario}},
-        Wrapped{"Base64WindowsLines", [](Text xml) { return Base64(Sign(xml, Mario(), Form::Ber), 76, "\r\n"); },
-                "base64 > BER > XML", 1, {kMario}},
-        Wrapped{"Base64WithMark", [](Text xml) { return "\xEF\xBB\xBF" + Base64(Sign(xml, Mario())); },
-                "base64 > DER > XML", 1, {kMario}},
-        Wrapped{"Base64OfBase64", [](Text xml) { return Base64(Base64(Sign(xml, Mario()), 64), 64); },
-                "base64 > base64 > DER > XML", 1, {kMario}},
+        Wrapped{
+            "Base64OneLine", [](Text xml) { return Base64(Sign(xml, Mario())); }, "base64 > DER > XML", 1, {kMario}},
+        Wrapped{
+            "Base64Lines", [](Text xml) { return Base64(Sign(xml, Mario()), 64); }, "base64 > DER > XML", 1, {kMario}},
+        Wrapped{"Base64WindowsLines",
+                [](Text xml) { return Base64(Sign(xml, Mario(), Form::Ber), 76, "\r\n"); },
+                "base64 > BER > XML",
+                1,
+                {kMario}},
+        Wrapped{"Base64WithMark",
+                [](Text xml) { return "\xEF\xBB\xBF" + Base64(Sign(xml, Mario())); },
+                "base64 > DER > XML",
+                1,
+                {kMario}},
+        Wrapped{"Base64OfBase64",
+                [](Text xml) { return Base64(Base64(Sign(xml, Mario()), 64), 64); },
+                "base64 > base64 > DER > XML",
+                1,
+                {kMario}},
         Wrapped{"Base64OfXml", [](Text xml) { return Base64(xml, 76); }, "base64 > XML", 0, {}},
-        Wrapped{"Nested", [](Text xml) { return Sign(Sign(xml, Mario()), Lucia()); }, "DER > DER > XML", 2,
+        Wrapped{"Nested",
+                [](Text xml) { return Sign(Sign(xml, Mario()), Lucia()); },
+                "DER > DER > XML",
+                2,
                 {kLucia, kMario}},
-        Wrapped{"NestedWithBase64Between", [](Text xml) { return Sign(Base64(Sign(xml, Mario()), 64), Lucia()); },
-                "DER > base64 > DER > XML", 2, {kLucia, kMario}},
-        Wrapped{"PayloadWithMark", [](Text xml) { return Sign("\xEF\xBB\xBF" + xml, Mario()); }, "DER > XML", 1, {kMario}},
+        Wrapped{"NestedWithBase64Between",
+                [](Text xml) { return Sign(Base64(Sign(xml, Mario()), 64), Lucia()); },
+                "DER > base64 > DER > XML",
+                2,
+                {kLucia, kMario}},
+        Wrapped{
+            "PayloadWithMark", [](Text xml) { return Sign("\xEF\xBB\xBF" + xml, Mario()); }, "DER > XML", 1, {kMario}},
         Wrapped{"ExpiredCertificate",
-                [](Text xml) { return Sign(xml, Signer("SCADUTO", -86'400)); }, "DER > XML", 1, {"SCADUTO"}}),
-    [](const auto &info) { return std::string(info.param.name); });
+                [](Text xml) { return Sign(xml, Signer("SCADUTO", -86'400)); },
+                "DER > XML",
+                1,
+                {"SCADUTO"}}),
+    [](const auto &item) { return std::string(item.param.name); });
 
 TEST(SignedEnvelope, KeepsTheBytesOfOtherEncodings)
 {
@@ -254,18 +282,15 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{"SignerCertificateMissing", [](Text xml) { return Sign(xml, Mario(), Form::Der, CMS_NOCERTS); },
                Reason::InvalidSignature, kSignature, "manca il certificato"},
         Broken{"NobodySigned",
-               [](Text xml) {
-                   const Bio in(BIO_new_mem_buf(xml.data(), static_cast<int>(xml.size())), BIO_free_all);
-                   const Bio out(BIO_new(BIO_s_mem()), BIO_free_all);
-                   const Cms cms(CMS_sign(nullptr, nullptr, nullptr, in.get(), CMS_BINARY | CMS_PARTIAL),
-                                 CMS_ContentInfo_free);
-                   CMS_final(cms.get(), in.get(), nullptr, CMS_BINARY);
-                   i2d_CMS_bio(out.get(), cms.get());
-                   return Bytes(out.get());
+               [](Text) {
+                   return std::string("\x30\x80\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x07\x02\xA0\x80\x30\x80\x02\x01\x01"
+                                      "\x31\x00\x30\x80\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x07\x01\xA0\x80\x04\x04<a/>"
+                                      "\x00\x00\x00\x00\x31\x00\x00\x00\x00\x00\x00\x00",
+                                      55);
                },
                Reason::InvalidSignature, kSignature, "alcuna firma"},
-        Broken{"Detached", [](Text xml) { return Sign(xml, Mario(), Form::Der, CMS_DETACHED); }, Reason::Unreadable, kFile,
-               "firma è separata"},
+        Broken{"Detached", [](Text xml) { return Sign(xml, Mario(), Form::Der, CMS_DETACHED); }, Reason::Unreadable,
+               kFile, "firma è separata"},
         Broken{"NotSignedData",
                [](Text xml) {
                    const Bio in(BIO_new_mem_buf(xml.data(), static_cast<int>(xml.size())), BIO_free_all);
@@ -279,15 +304,17 @@ INSTANTIATE_TEST_SUITE_P(
                "danneggiata o incompleta"},
         Broken{"TruncatedBer", [](Text xml) { return Sign(xml, Mario(), Form::Ber).substr(0, 1'000); },
                Reason::Unreadable, kFile, "danneggiata o incompleta"},
-        Broken{"TruncatedPem", [](Text xml) { return Sign(xml, Mario(), Form::Pem).substr(0, 1'000); }, Reason::Unreadable,
-               kFile, "danneggiata o incompleta"},
+        Broken{"TruncatedPem", [](Text xml) { return Sign(xml, Mario(), Form::Pem).substr(0, 1'000); },
+               Reason::Unreadable, kFile, "danneggiata o incompleta"},
+        Broken{"TruncatedBase64", [](Text xml) { return Base64(Sign(xml, Mario())).substr(0, 1'001); },
+               Reason::Unreadable, kFile, "danneggiata o incompleta"},
         Broken{"Empty", [](Text) { return std::string(); }, Reason::Unreadable, kFile, "vuoto"},
         Broken{"TooLarge", [](Text) { return std::string(kInvoiceFileBytesMax + 1, '<'); }, Reason::Unreadable, kFile,
                "supera 50 MB"},
         Broken{"PlainText", [](Text) { return std::string("Questa è una lettera, non una fattura."); },
                Reason::NotAnInvoice, kXml, "non è XML"},
-        Broken{"WordsOfBase64Letters", [](Text) { return std::string("Questa non e una fattura"); }, Reason::NotAnInvoice,
-               kXml, "non è XML"},
+        Broken{"WordsOfBase64Letters", [](Text) { return std::string("Questa non e una fattura"); },
+               Reason::NotAnInvoice, kXml, "non è XML"},
         Broken{"OnlyBlanks", [](Text) { return std::string(" \r\n\t"); }, Reason::NotAnInvoice, kXml, "non è XML"},
         Broken{"Zip", [](Text) { return std::string("PK\x03\x04 archivio"); }, Reason::NotAnInvoice, kXml, "ZIP"},
         Broken{"EndlessBase64",
@@ -297,7 +324,7 @@ INSTANTIATE_TEST_SUITE_P(
                    return text;
                },
                Reason::NotAnInvoice, kXml, "non è XML"}),
-    [](const auto &info) { return std::string(info.param.name); });
+    [](const auto &item) { return std::string(item.param.name); });
 
 TEST(SignedEnvelope, MissingFileIsNamed)
 {
@@ -348,9 +375,11 @@ TEST(SignedEnvelope, EndlessListOfDigestsIsRefused)
     const std::string algorithm("\x30\x0B\x06\x09\x60\x86\x48\x01\x65\x03\x04\x02\x01", 13);
     std::string list;
     for (int i = 0; i < 500; ++i) list += algorithm;
-    const std::string signed_data("\x30\x80\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x07\x02\xA0\x80\x30\x80\x02\x01\x01", 20);
+    const std::string signed_data("\x30\x80\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x07\x02\xA0\x80\x30\x80\x02\x01\x01",
+                                  20);
     EXPECT_THAT(Refusal(signed_data + "\x31" + std::string("\x80", 1) + list).Detail(), HasSubstr("troppi algoritmi"));
-    EXPECT_THAT(Refusal(signed_data + "\x31" + std::string("\x82\x19\x64", 3) + list).Detail(), HasSubstr("troppi algoritmi"));
+    EXPECT_THAT(Refusal(signed_data + "\x31" + std::string("\x82\x19\x64", 3) + list).Detail(),
+                HasSubstr("troppi algoritmi"));
 }
 
 struct Base64Case {
@@ -360,9 +389,20 @@ struct Base64Case {
 
 TEST(Base64, TakesBlanksAndRefusesTheRest)
 {
-    for (const Base64Case &c : {Base64Case{"", ""}, {"Zg==", "f"}, {"Zm8=", "fo"}, {"Zm9v", "foo"}, {"Z m\r\n9\tv", "foo"},
-                                {"Zg", "f"}, {"Zm8", "fo"}, {"Zm9vYg==\n", "foob"}, {"Z", nullptr}, {"Zg=", nullptr},
-                                {"Zg==Zg==", nullptr}, {"Zm9v===", nullptr}, {"Zm9v=", nullptr}, {"Zm-v", nullptr},
+    for (const Base64Case &c : {Base64Case{"", ""},
+                                {"Zg==", "f"},
+                                {"Zm8=", "fo"},
+                                {"Zm9v", "foo"},
+                                {"Z m\r\n9\tv", "foo"},
+                                {"Zg", "f"},
+                                {"Zm8", "fo"},
+                                {"Zm9vYg==\n", "foob"},
+                                {"Z", nullptr},
+                                {"Zg=", nullptr},
+                                {"Zg==Zg==", nullptr},
+                                {"Zm9v===", nullptr},
+                                {"Zm9v=", nullptr},
+                                {"Zm-v", nullptr},
                                 {"Zm9v\xC3\xA0", nullptr}}) {
         std::string bytes = "prima";
         EXPECT_EQ(DecodeBase64(c.text, bytes), c.bytes != nullptr) << c.text;

@@ -62,7 +62,8 @@ long CountOf(SACommand *cmd, const char *table)
 /// server does that by its own means.
 void CheckEmbeddedEngine(SACommand *cmd, ArchiveFaults *faults)
 {
-    SACommand integrity(cmd->Connection(), "SELECT integrity_check AS esito FROM pragma_integrity_check(:massimo, 'admin')");
+    SACommand integrity(cmd->Connection(),
+                        "SELECT integrity_check AS esito FROM pragma_integrity_check(:massimo, 'admin')");
     integrity.Param("massimo").setAsLong(static_cast<long>(faults->RowsWanted(kEngine)));
     integrity.Execute();
     while (integrity.FetchNext()) {
@@ -73,14 +74,16 @@ void CheckEmbeddedEngine(SACommand *cmd, ArchiveFaults *faults)
                                       " FROM pragma_foreign_key_check GROUP BY 1, 2 ORDER BY 1, 2");
     keys.Execute();
     while (keys.FetchNext())
-        faults->Add({kEngine, Filled("Tabella {tabella}", &keys), Filled("{quanti} record senza il loro in {riferita}", &keys)});
+        faults->Add({kEngine, Filled("Tabella {tabella}", &keys),
+                     Filled("{quanti} record senza il loro in {riferita}", &keys)});
 }
 
 void CheckVersion(SACommand *cmd, ArchiveFaults *faults)
 {
     const long stored = ArchiveVersion(cmd), known = ProgramArchiveVersion();
     if (stored != known)
-        faults->Add({kEngine, "Tabella versione", fmt::format("versione {}, il programma scrive la {}", stored, known)});
+        faults->Add(
+            {kEngine, "Tabella versione", fmt::format("versione {}, il programma scrive la {}", stored, known)});
 }
 
 void LookAtEverything(SACommand *cmd, ArchiveCheckResult *result, ArchiveFaults *faults)

@@ -28,11 +28,13 @@ std::vector<ArchiveQuery> BalanceQueries()
          "SELECT pno_codice AS codice FROM admin.pnota1 WHERE NOT EXISTS"
          " (SELECT 1 FROM admin.pnotaro2 WHERE row_codice = pno_codice) ORDER BY pno_codice"},
         {kTotals, kEntry,
-         "in testata Dare {t_dare:e}, Avere {t_avere:e}, sbilancio {t_squ:e}; nelle righe Dare {dare:e}, Avere {avere:e}",
-         "SELECT pno_codice AS codice, pno_dare AS t_dare, pno_avere AS t_avere, pno_tot_squ AS t_squ, " DARE " AS dare, "
-         AVERE " AS avere FROM admin.pnota1 LEFT JOIN admin.pnotaro2 ON row_codice = pno_codice GROUP BY pno_codice"
-         " HAVING " DIFFER("pno_dare", DARE) " OR " DIFFER("pno_avere", AVERE)
-         " OR " DIFFER("pno_tot_squ", DARE " - " AVERE) " ORDER BY pno_codice"},
+         "in testata Dare {t_dare:e}, Avere {t_avere:e}, sbilancio {t_squ:e}; nelle righe Dare {dare:e}, Avere "
+         "{avere:e}",
+         "SELECT pno_codice AS codice, pno_dare AS t_dare, pno_avere AS t_avere, pno_tot_squ AS t_squ, " DARE
+         " AS dare, " AVERE
+         " AS avere FROM admin.pnota1 LEFT JOIN admin.pnotaro2 ON row_codice = pno_codice GROUP BY pno_codice"
+         " HAVING " DIFFER("pno_dare", DARE) " OR " DIFFER("pno_avere", AVERE) " OR " DIFFER(
+             "pno_tot_squ", DARE " - " AVERE) " ORDER BY pno_codice"},
     };
 }
 
@@ -40,7 +42,8 @@ std::vector<ArchiveQuery> RowQueries()
 {
     return {
         {kRows, kRow,
-         "data {r_data:d}, sezione {r_sez}, operazione {r_ope}; in testata data {data:d}, sezione {sez}, operazione {ope}",
+         "data {r_data:d}, sezione {r_sez}, operazione {r_ope}; in testata data {data:d}, sezione {sez}, operazione "
+         "{ope}",
          "SELECT row_codice AS codice, row_idx AS riga, row_data AS r_data, row_sez AS r_sez, row_operazione AS r_ope,"
          " pno_data AS data, pno_sez AS sez, pno_operazione AS ope"
          " FROM admin.pnotaro2 JOIN admin.pnota1 ON pno_codice = row_codice"
@@ -55,10 +58,11 @@ std::vector<ArchiveQuery> RowQueries()
         {kRows, kRow, "la posizione è fuori dalle 100 righe di un movimento",
          "SELECT row_codice AS codice, row_idx AS riga FROM admin.pnotaro2"
          " WHERE row_idx NOT BETWEEN 1 AND 100 ORDER BY row_codice, row_idx"},
-        // Receivables and payables are read by master and sub-account in one report, by row_rel and row_clfo in another:
-        // both must tell the same.
+        // Receivables and payables are read by master and sub-account in one report, by row_rel and row_clfo in
+        // another: both must tell the same.
         {kRows, kRow,
-         "sul conto {mas}.{con}.{sot} la riga porta il tipo {rel} e il cliente/fornitore {clfo}, non concordi con il mastro",
+         "sul conto {mas}.{con}.{sot} la riga porta il tipo {rel} e il cliente/fornitore {clfo}, non concordi con il "
+         "mastro",
          "SELECT row_codice AS codice, row_idx AS riga, row_mas AS mas, row_con AS con, row_sot AS sot, row_rel AS rel,"
          " row_clfo AS clfo FROM admin.pnotaro2 CROSS JOIN admin.ditte"
          " WHERE row_rel <> CASE row_mas WHEN dit_mas_cli THEN 0 WHEN dit_mas_for THEN 1 ELSE 2 END"
@@ -93,8 +97,8 @@ std::vector<ArchiveQuery> NumberQueries()
         {kCostCentres, kRow, "la riga vale {importo:e}, i centri di costo {diviso:e}",
          "SELECT pcc_pno AS codice, pcc_riga AS riga, MAX(row_importo) AS importo, SUM(pcc_importo) AS diviso"
          " FROM admin.pnotacdc JOIN admin.pnotaro2 ON row_codice = pcc_pno AND row_idx = pcc_riga"
-         " GROUP BY pcc_pno, pcc_riga HAVING " DIFFER("SUM(pcc_importo)", "MAX(row_importo)")
-         " ORDER BY pcc_pno, pcc_riga"},
+         " GROUP BY pcc_pno, pcc_riga HAVING " DIFFER("SUM(pcc_importo)",
+                                                      "MAX(row_importo)") " ORDER BY pcc_pno, pcc_riga"},
     };
 }
 
@@ -103,8 +107,10 @@ std::vector<ArchiveQuery> InstalmentQueries()
     return {
         {kSchedule, kInstalment, "rata {rata} di {rate}", // entered by hand or imported, it has 0 of 0
          "SELECT sca_relaz AS lato, sca_num AS num, sca_rata AS rata, sca_rate AS rate FROM admin.scadenze"
-         " WHERE (sca_rata <> 0 OR sca_rate <> 0) AND (sca_rata < 1 OR sca_rata > sca_rate) ORDER BY sca_relaz, sca_num"},
-        {kSchedule, kInstalment, "i segni di ultima rata ({ultima}) e di rata non ultima ({non_ultima}) si contraddicono",
+         " WHERE (sca_rata <> 0 OR sca_rate <> 0) AND (sca_rata < 1 OR sca_rata > sca_rate) ORDER BY sca_relaz, "
+         "sca_num"},
+        {kSchedule, kInstalment,
+         "i segni di ultima rata ({ultima}) e di rata non ultima ({non_ultima}) si contraddicono",
          "SELECT sca_relaz AS lato, sca_num AS num, sca_ultima AS ultima, sca_non_ultima AS non_ultima"
          " FROM admin.scadenze WHERE sca_ultima + sca_non_ultima <> 1 ORDER BY sca_relaz, sca_num"},
         {kSchedule, kInstalment, "risulta pagata o incassata senza data",

@@ -98,13 +98,14 @@ void CheckTotals(PNOTA *entry, const DITTE &company, const FLAG &settings, Archi
 
 struct ProtocolStep {
     long year = 0, section = 0, vat_register = 0;
-    long before = 0, protocol = 0;             ///< before is 0 at the start of the series
+    long before = 0, protocol = 0; ///< before is 0 at the start of the series
     long entry_before = 0, entry = 0;
 };
 
 void AddProtocolFault(const ProtocolStep &step, ArchiveFaults *faults)
 {
-    const std::string series = fmt::format("{} sez. {} anno {}", RegisterName(step.vat_register), step.section, step.year);
+    const std::string series =
+        fmt::format("{} sez. {} anno {}", RegisterName(step.vat_register), step.section, step.year);
     const long first = step.before + 1, last = step.protocol - 1;
     if (step.protocol == step.before) {
         faults->Add({kProtocols, fmt::format("Protocollo {} {}", step.protocol, series),
@@ -138,7 +139,8 @@ void CheckVatLines(SACommand *cmd, ArchiveFaults *faults)
     sqldit.First(cmd, " ORDER BY dit_codice", {}, &company);
     sqlflg.First(cmd, " ORDER BY flg_codice", {}, &settings);
     const auto entry = std::make_unique<PNOTA>(); // one for all: a record with its hundred rows is large
-    SACommand query(cmd->Connection(), sqlpno.Description().SelectText() + " WHERE pno_cau_iva = 1 ORDER BY pno_codice");
+    SACommand query(cmd->Connection(),
+                    sqlpno.Description().SelectText() + " WHERE pno_cau_iva = 1 ORDER BY pno_codice");
     query.Execute();
     while (query.FetchNext() && !(faults->IsOver(kVat) && faults->IsOver(kTotals))) {
         sqlpno.ReadFields(&query, entry.get());
@@ -154,19 +156,20 @@ void CheckVatLines(SACommand *cmd, ArchiveFaults *faults)
 void CheckProtocols(SACommand *cmd, ArchiveFaults *faults)
 {
     // Whoever begins with this program in the middle of a year fixes his first protocol: the series starts there.
-    SACommand query(cmd->Connection(),
-                    "SELECT anno, sez, reg, prima, prot, mov_prima, mov FROM (SELECT EXTRACT(YEAR FROM pno_data) AS anno,"
-                    " pno_sez AS sez, pno_reg AS reg, pno_prot AS prot, pno_codice AS mov, pno_prot_fisso AS fisso,"
-                    " LAG(pno_prot) OVER serie AS prima, LAG(pno_codice) OVER serie AS mov_prima"
-                    " FROM admin.pnota1 WHERE pno_prot > 0 AND pno_reg > 1 WINDOW serie AS"
-                    " (PARTITION BY EXTRACT(YEAR FROM pno_data), pno_sez, pno_reg ORDER BY pno_prot, pno_codice)) AS passi"
-                    " WHERE prot <> COALESCE(prima, 0) + 1 AND (prima IS NOT NULL OR fisso = 0)"
-                    " ORDER BY anno, sez, reg, prot, mov");
+    SACommand query(
+        cmd->Connection(),
+        "SELECT anno, sez, reg, prima, prot, mov_prima, mov FROM (SELECT EXTRACT(YEAR FROM pno_data) AS anno,"
+        " pno_sez AS sez, pno_reg AS reg, pno_prot AS prot, pno_codice AS mov, pno_prot_fisso AS fisso,"
+        " LAG(pno_prot) OVER serie AS prima, LAG(pno_codice) OVER serie AS mov_prima"
+        " FROM admin.pnota1 WHERE pno_prot > 0 AND pno_reg > 1 WINDOW serie AS"
+        " (PARTITION BY EXTRACT(YEAR FROM pno_data), pno_sez, pno_reg ORDER BY pno_prot, pno_codice)) AS passi"
+        " WHERE prot <> COALESCE(prima, 0) + 1 AND (prima IS NOT NULL OR fisso = 0)"
+        " ORDER BY anno, sez, reg, prot, mov");
     query.Execute();
     while (query.FetchNext() && !faults->IsOver(kProtocols)) {
         AddProtocolFault({query.Field("anno").asLong(), query.Field("sez").asLong(), query.Field("reg").asLong(),
-                          query.Field("prima").asLong(), query.Field("prot").asLong(), query.Field("mov_prima").asLong(),
-                          query.Field("mov").asLong()},
+                          query.Field("prima").asLong(), query.Field("prot").asLong(),
+                          query.Field("mov_prima").asLong(), query.Field("mov").asLong()},
                          faults);
     }
 }
@@ -181,8 +184,9 @@ void CheckDigests(SACommand *cmd, ArchiveFaults *faults)
         const std::string fault =
             DigestFault(AsText(bytes), query.Field("all_fname").asString(), query.Field("all_impronta").asString());
         if (fault.empty()) continue;
-        faults->Add({kDocuments,
-                     fmt::format("Documento {} anno {}", query.Field("all_codice").asLong(), query.Field("all_anno").asLong()),
-                     fault});
+        faults->Add(
+            {kDocuments,
+             fmt::format("Documento {} anno {}", query.Field("all_codice").asLong(), query.Field("all_anno").asLong()),
+             fault});
     }
 }

@@ -6,8 +6,10 @@
 void ArchiveFaults::Add(ArchiveFault fault)
 {
     Kind &kind = kinds_.try_emplace(fault.kind, Kind{kinds_.size(), {}, false}).first->second;
-    if (kind.faults.size() < of_kind_max_) kind.faults.push_back(std::move(fault));
-    else kind.is_over = true;
+    if (kind.faults.size() < of_kind_max_)
+        kind.faults.push_back(std::move(fault));
+    else
+        kind.is_over = true;
 }
 
 bool ArchiveFaults::IsOver(const std::string &kind) const

@@ -1,5 +1,7 @@
 #include "tarvolumera/archive/ArchiveChecks.h"
 
+#include "tarvolumera/JournalEntry.h"
+
 #include <fmt/format.h>
 
 namespace {
@@ -16,38 +18,38 @@ struct Link {
     const char *on;
 };
 
-constexpr char kEntry[] = "Movimento {pno_codice}";
-constexpr char kRow[] = "Movimento {row_codice} riga {row_idx}";
-constexpr char kInstalment[] = "Scadenza {sca_relaz:s} {sca_num}";
-constexpr char kCustomer[] = "Cliente {cli_codice}";
-constexpr char kSupplier[] = "Fornitore {for_codice}";
+constexpr char kEntryPlace[] = "Movimento {pno_codice}";
+constexpr char kRowPlace[] = "Movimento {row_codice} riga {row_idx}";
+constexpr char kInstalmentPlace[] = "Scadenza {sca_relaz:s} {sca_num}";
+constexpr char kCustomerPlace[] = "Cliente {cli_codice}";
+constexpr char kSupplierPlace[] = "Fornitore {for_codice}";
 
 constexpr Link kLinks[] = {
-    {kEntry, "la causale {pno_cau} non esiste", "pnota1", "pno_codice, pno_cau", "pno_cau IS NOT NULL", "caucont1",
+    {kEntryPlace, "la causale {pno_cau} non esiste", "pnota1", "pno_codice, pno_cau", "pno_cau IS NOT NULL", "caucont1",
      "cac_codice", "cac_codice = pno_cau"},
-    {kEntry, "la sezione {pno_sez} non esiste", "pnota1", "pno_codice, pno_sez", "pno_sez IS NOT NULL", "sezioni",
+    {kEntryPlace, "la sezione {pno_sez} non esiste", "pnota1", "pno_codice, pno_sez", "pno_sez IS NOT NULL", "sezioni",
      "sez_codice", "sez_codice = pno_sez"},
-    {kEntry, "il pagamento {pno_pag} non esiste", "pnota1", "pno_codice, pno_pag", "pno_pag IS NOT NULL", "pagament",
-     "pag_codice", "pag_codice = pno_pag"},
-    {kEntry, "il cliente {pno_cli_for} non esiste", "pnota1", "pno_codice, pno_cli_for", "pno_cliente IS NOT NULL",
+    {kEntryPlace, "il pagamento {pno_pag} non esiste", "pnota1", "pno_codice, pno_pag", "pno_pag IS NOT NULL",
+     "pagament", "pag_codice", "pag_codice = pno_pag"},
+    {kEntryPlace, "il cliente {pno_cli_for} non esiste", "pnota1", "pno_codice, pno_cli_for", "pno_cliente IS NOT NULL",
      "clienti1", "cli_codice", "cli_codice = pno_cliente"},
-    {kEntry, "il fornitore {pno_cli_for} non esiste", "pnota1", "pno_codice, pno_cli_for", "pno_fornitore IS NOT NULL",
-     "fornito1", "for_codice", "for_codice = pno_fornitore"},
-    {kEntry, "l'aggregazione {pno_agr} non esiste", "pnota1", "pno_codice, pno_agr", "pno_agr IS NOT NULL", "aggregaz",
-     "agr_codice", "agr_codice = pno_agr"},
+    {kEntryPlace, "il fornitore {pno_cli_for} non esiste", "pnota1", "pno_codice, pno_cli_for",
+     "pno_fornitore IS NOT NULL", "fornito1", "for_codice", "for_codice = pno_fornitore"},
+    {kEntryPlace, "l'aggregazione {pno_agr} non esiste", "pnota1", "pno_codice, pno_agr", "pno_agr IS NOT NULL",
+     "aggregaz", "agr_codice", "agr_codice = pno_agr"},
 
-    {kRow, "il movimento non esiste", "pnotaro2", "row_codice, row_idx", "row_codice IS NOT NULL", "pnota1",
+    {kRowPlace, "il movimento non esiste", "pnotaro2", "row_codice, row_idx", "row_codice IS NOT NULL", "pnota1",
      "pno_codice", "pno_codice = row_codice"},
-    {kRow, "il conto {row_mas}.{row_con} non esiste", "pnotaro2", "row_codice, row_idx, row_mas, row_con",
+    {kRowPlace, "il conto {row_mas}.{row_con} non esiste", "pnotaro2", "row_codice, row_idx, row_mas, row_con",
      "row_con IS NOT NULL", "conti", "con_mas", "con_mas = row_mas AND con_codice = row_con"},
-    {kRow, "il sottoconto {row_mas}.{row_con}.{row_sot} non esiste", "pnotaro2",
+    {kRowPlace, "il sottoconto {row_mas}.{row_con}.{row_sot} non esiste", "pnotaro2",
      "row_codice, row_idx, row_mas, row_con, row_sot", "row_conto IS NOT NULL", "sotcon", "sot_mas",
      "sot_mas = row_mas AND sot_con = row_con AND sot_codice = row_conto"},
-    {kRow, "il cliente {row_clfo} non esiste", "pnotaro2", "row_codice, row_idx, row_clfo", "row_cliente IS NOT NULL",
-     "clienti1", "cli_codice", "cli_codice = row_cliente"},
-    {kRow, "il fornitore {row_clfo} non esiste", "pnotaro2", "row_codice, row_idx, row_clfo",
+    {kRowPlace, "il cliente {row_clfo} non esiste", "pnotaro2", "row_codice, row_idx, row_clfo",
+     "row_cliente IS NOT NULL", "clienti1", "cli_codice", "cli_codice = row_cliente"},
+    {kRowPlace, "il fornitore {row_clfo} non esiste", "pnotaro2", "row_codice, row_idx, row_clfo",
      "row_fornitore IS NOT NULL", "fornito1", "for_codice", "for_codice = row_fornitore"},
-    {kRow, "la causale {row_cau} non esiste", "pnotaro2", "row_codice, row_idx, row_cau", "row_cau IS NOT NULL",
+    {kRowPlace, "la causale {row_cau} non esiste", "pnotaro2", "row_codice, row_idx, row_cau", "row_cau IS NOT NULL",
      "caucont1", "cac_codice", "cac_codice = row_cau"},
 
     {"Movimento {pcc_pno} riga {pcc_riga}", "il centro di costo {pcc_cdc} non esiste", "pnotacdc",
@@ -72,33 +74,33 @@ constexpr Link kLinks[] = {
      "coi_codice, coi_pno, coi_cli_for", "coi_rel = 1 AND coi_cli_for <> 0", "fornito1", "for_codice",
      "for_codice = coi_cli_for"},
 
-    {kInstalment, "il movimento {sca_pno} non esiste", "scadenze", "sca_relaz, sca_num, sca_pno", "sca_pno IS NOT NULL",
-     "pnota1", "pno_codice", "pno_codice = sca_pno"},
-    {kInstalment, "il cliente {sca_cli_for} non esiste", "scadenze", "sca_relaz, sca_num, sca_cli_for",
+    {kInstalmentPlace, "il movimento {sca_pno} non esiste", "scadenze", "sca_relaz, sca_num, sca_pno",
+     "sca_pno IS NOT NULL", "pnota1", "pno_codice", "pno_codice = sca_pno"},
+    {kInstalmentPlace, "il cliente {sca_cli_for} non esiste", "scadenze", "sca_relaz, sca_num, sca_cli_for",
      "sca_cliente IS NOT NULL", "clienti1", "cli_codice", "cli_codice = sca_cliente"},
-    {kInstalment, "il fornitore {sca_cli_for} non esiste", "scadenze", "sca_relaz, sca_num, sca_cli_for",
+    {kInstalmentPlace, "il fornitore {sca_cli_for} non esiste", "scadenze", "sca_relaz, sca_num, sca_cli_for",
      "sca_fornitore IS NOT NULL", "fornito1", "for_codice", "for_codice = sca_fornitore"},
-    {kInstalment, "il pagamento {sca_pag} non esiste", "scadenze", "sca_relaz, sca_num, sca_pag", "sca_pag IS NOT NULL",
-     "pagament", "pag_codice", "pag_codice = sca_pag"},
-    {kInstalment, "la banca {sca_ban} non esiste", "scadenze", "sca_relaz, sca_num, sca_ban", "sca_ban IS NOT NULL",
-     "banche1", "ban_codice", "ban_codice = sca_ban"},
-    {kInstalment, "la sezione {sca_sez} non esiste", "scadenze", "sca_relaz, sca_num, sca_sez", "sca_sez IS NOT NULL",
-     "sezioni", "sez_codice", "sez_codice = sca_sez"},
-    {kInstalment, "l'agente {sca_age} non esiste", "scadenze", "sca_relaz, sca_num, sca_age", "sca_age IS NOT NULL",
-     "agenti1", "age_codice", "age_codice = sca_age"},
+    {kInstalmentPlace, "il pagamento {sca_pag} non esiste", "scadenze", "sca_relaz, sca_num, sca_pag",
+     "sca_pag IS NOT NULL", "pagament", "pag_codice", "pag_codice = sca_pag"},
+    {kInstalmentPlace, "la banca {sca_ban} non esiste", "scadenze", "sca_relaz, sca_num, sca_ban",
+     "sca_ban IS NOT NULL", "banche1", "ban_codice", "ban_codice = sca_ban"},
+    {kInstalmentPlace, "la sezione {sca_sez} non esiste", "scadenze", "sca_relaz, sca_num, sca_sez",
+     "sca_sez IS NOT NULL", "sezioni", "sez_codice", "sez_codice = sca_sez"},
+    {kInstalmentPlace, "l'agente {sca_age} non esiste", "scadenze", "sca_relaz, sca_num, sca_age",
+     "sca_age IS NOT NULL", "agenti1", "age_codice", "age_codice = sca_age"},
 
-    {kCustomer, "il pagamento {cli_pag} non esiste", "clienti1", "cli_codice, cli_pag", "cli_pag IS NOT NULL",
+    {kCustomerPlace, "il pagamento {cli_pag} non esiste", "clienti1", "cli_codice, cli_pag", "cli_pag IS NOT NULL",
      "pagament", "pag_codice", "pag_codice = cli_pag"},
-    {kCustomer, "la banca {cli_ban} non esiste", "clienti1", "cli_codice, cli_ban", "cli_ban IS NOT NULL", "banche1",
-     "ban_codice", "ban_codice = cli_ban"},
-    {kCustomer, "l'agente {cli_age} non esiste", "clienti1", "cli_codice, cli_age", "cli_age IS NOT NULL", "agenti1",
-     "age_codice", "age_codice = cli_age"},
-    {kSupplier, "il pagamento {for_pag} non esiste", "fornito1", "for_codice, for_pag", "for_pag IS NOT NULL",
+    {kCustomerPlace, "la banca {cli_ban} non esiste", "clienti1", "cli_codice, cli_ban", "cli_ban IS NOT NULL",
+     "banche1", "ban_codice", "ban_codice = cli_ban"},
+    {kCustomerPlace, "l'agente {cli_age} non esiste", "clienti1", "cli_codice, cli_age", "cli_age IS NOT NULL",
+     "agenti1", "age_codice", "age_codice = cli_age"},
+    {kSupplierPlace, "il pagamento {for_pag} non esiste", "fornito1", "for_codice, for_pag", "for_pag IS NOT NULL",
      "pagament", "pag_codice", "pag_codice = for_pag"},
-    {kSupplier, "la banca {for_ban} non esiste", "fornito1", "for_codice, for_ban", "for_ban IS NOT NULL", "banche1",
-     "ban_codice", "ban_codice = for_ban"},
-    {kSupplier, "la causale {for_cau} non esiste", "fornito1", "for_codice, for_cau", "for_cau IS NOT NULL", "caucont1",
-     "cac_codice", "cac_codice = for_cau"},
+    {kSupplierPlace, "la banca {for_ban} non esiste", "fornito1", "for_codice, for_ban", "for_ban IS NOT NULL",
+     "banche1", "ban_codice", "ban_codice = for_ban"},
+    {kSupplierPlace, "la causale {for_cau} non esiste", "fornito1", "for_codice, for_cau", "for_cau IS NOT NULL",
+     "caucont1", "cac_codice", "cac_codice = for_cau"},
     {"Causale {cac_codice}", "la sezione {cac_sez} non esiste", "caucont1", "cac_codice, cac_sez",
      "cac_sez IS NOT NULL", "sezioni", "sez_codice", "sez_codice = cac_sez"},
     {"Sottoconto {sot_mas}.{sot_con}.{sot_codice}", "il conto {sot_mas}.{sot_con} non esiste", "sotcon",
@@ -116,22 +118,22 @@ ArchiveQuery MissingParent(const Link &link)
 }
 
 /// Each of the seven VAT lines of an entry has its code.
-ArchiveQuery MissingVatCode(int line)
+ArchiveQuery MissingVatCode(std::size_t line)
 {
     const std::string column = fmt::format("pno_iva_{}", line);
     const std::string text = fmt::format("il codice IVA {{{}}} della riga IVA {} non esiste", column, line + 1);
-    const std::string columns = "pno_codice, " + column, is_set = column + " IS NOT NULL", on = "iva_codice = " + column;
+    const std::string columns = "pno_codice, " + column, is_set = column + " IS NOT NULL",
+                      on = "iva_codice = " + column;
     return MissingParent(
-        {kEntry, text.c_str(), "pnota1", columns.c_str(), is_set.c_str(), "codiva", "iva_codice", on.c_str()});
+        {kEntryPlace, text.c_str(), "pnota1", columns.c_str(), is_set.c_str(), "codiva", "iva_codice", on.c_str()});
 }
 
 } // namespace
 
 std::vector<ArchiveQuery> ArchiveLinkQueries()
 {
-    constexpr int kVatLinesOfEntry = 7;
     std::vector<ArchiveQuery> queries;
     for (const Link &link : kLinks) queries.push_back(MissingParent(link));
-    for (int line = 0; line < kVatLinesOfEntry; ++line) queries.push_back(MissingVatCode(line));
+    for (std::size_t line = 0; line < kVatLines; ++line) queries.push_back(MissingVatCode(line));
     return queries;
 }

@@ -13,7 +13,8 @@ constexpr Field<AllegatiType> kAllegati[] = {
     {"AlgoritmoCompressione", Text<&AllegatiType::AlgoritmoCompressione>},
     {"FormatoAttachment", Text<&AllegatiType::FormatoAttachment>},
     {"DescrizioneAttachment", Text<&AllegatiType::DescrizioneAttachment>},
-    {"Attachment", [](ReadContext &context, AllegatiType &allegato) {
+    {"Attachment",
+     [](ReadContext &context, AllegatiType &allegato) {
          allegato.Attachment = context.xml.LongText();
          allegato.file_text = context.file_text;
          if (context.xml.IsInFile(allegato.Attachment)) return;

@@ -21,9 +21,12 @@ inline constexpr Field<IdFiscaleType> kIdFiscale[] = {
 };
 
 inline constexpr Field<IndirizzoType> kIndirizzo[] = {
-    {"Indirizzo", Text<&IndirizzoType::Indirizzo>}, {"NumeroCivico", Text<&IndirizzoType::NumeroCivico>},
-    {"CAP", Text<&IndirizzoType::CAP>},             {"Comune", Text<&IndirizzoType::Comune>},
-    {"Provincia", Text<&IndirizzoType::Provincia>}, {"Nazione", Text<&IndirizzoType::Nazione>},
+    {"Indirizzo", Text<&IndirizzoType::Indirizzo>},
+    {"NumeroCivico", Text<&IndirizzoType::NumeroCivico>},
+    {"CAP", Text<&IndirizzoType::CAP>},
+    {"Comune", Text<&IndirizzoType::Comune>},
+    {"Provincia", Text<&IndirizzoType::Provincia>},
+    {"Nazione", Text<&IndirizzoType::Nazione>},
 };
 
 inline constexpr Field<IscrizioneREAType> kIscrizioneREA[] = {
@@ -50,8 +53,10 @@ inline constexpr Field<DatiTrasmissioneType> kDatiTrasmissione[] = {
 };
 
 inline constexpr Field<AnagraficaType> kAnagrafica[] = {
-    {"Denominazione", Text<&AnagraficaType::Denominazione>}, {"Nome", Text<&AnagraficaType::Nome>},
-    {"Cognome", Text<&AnagraficaType::Cognome>},             {"Titolo", Text<&AnagraficaType::Titolo>},
+    {"Denominazione", Text<&AnagraficaType::Denominazione>},
+    {"Nome", Text<&AnagraficaType::Nome>},
+    {"Cognome", Text<&AnagraficaType::Cognome>},
+    {"Titolo", Text<&AnagraficaType::Titolo>},
     {"CodEORI", Text<&AnagraficaType::CodEORI>},
 };
 
@@ -70,19 +75,13 @@ inline constexpr Field<DatiAnagraficiType> kDatiAnagrafici[] = {
 /// A tax representative or intermediary: the data of the seller's stand in DatiAnagrafici, the buyer's and those of the
 /// simplified format stand directly in the element.
 inline constexpr Field<DatiAnagraficiType> kRappresentante[] = {
-    {"DatiAnagrafici", [](ReadContext &context, DatiAnagraficiType &party) {
-         ReadFields(context, party, kDatiAnagrafici);
-     }},
+    {"DatiAnagrafici",
+     [](ReadContext &context, DatiAnagraficiType &party) { ReadFields(context, party, kDatiAnagrafici); }},
     {"IdFiscaleIVA", Nested<&DatiAnagraficiType::IdFiscaleIVA, kIdFiscale>},
-    {"Denominazione", [](ReadContext &context, DatiAnagraficiType &party) {
-         ReadText(context, party.Anagrafica.Denominazione);
-     }},
-    {"Nome", [](ReadContext &context, DatiAnagraficiType &party) {
-         ReadText(context, party.Anagrafica.Nome);
-     }},
-    {"Cognome", [](ReadContext &context, DatiAnagraficiType &party) {
-         ReadText(context, party.Anagrafica.Cognome);
-     }},
+    {"Denominazione",
+     [](ReadContext &context, DatiAnagraficiType &party) { ReadText(context, party.Anagrafica.Denominazione); }},
+    {"Nome", [](ReadContext &context, DatiAnagraficiType &party) { ReadText(context, party.Anagrafica.Nome); }},
+    {"Cognome", [](ReadContext &context, DatiAnagraficiType &party) { ReadText(context, party.Anagrafica.Cognome); }},
 };
 
 } // namespace fatturapa

@@ -40,7 +40,8 @@ class OddityFinder {
         if (format.empty()) {
             Missing("DatiTrasmissione/FormatoTrasmissione");
         } else if (fattura.versione.starts_with('F') && format != fattura.versione) { // up to 1.1 they were unrelated
-            Odd("FormatoTrasmissione", format, fmt::format("diverso dalla versione del documento ({})", fattura.versione));
+            Odd("FormatoTrasmissione", format,
+                fmt::format("diverso dalla versione del documento ({})", fattura.versione));
         }
         LookAtParties(fattura.Header);
         const std::string &issuer = fattura.Header.SoggettoEmittente;
@@ -150,7 +151,8 @@ class OddityFinder {
                 Odd("DatiRiepilogo/AliquotaIVA", fmt::format("{:.2f}", row.AliquotaIVA), "aliquota non plausibile");
             }
             const std::string &due = row.EsigibilitaIVA;
-            if (!due.empty() && due != "I" && due != "D" && due != "S") Odd("EsigibilitaIVA", due, "codice sconosciuto");
+            if (!due.empty() && due != "I" && due != "D" && due != "S")
+                Odd("EsigibilitaIVA", due, "codice sconosciuto");
             if (due == "S" && row.Natura.starts_with("N6")) {
                 Odd("EsigibilitaIVA", due, fmt::format("non compatibile con Natura {}", row.Natura));
             }
@@ -180,7 +182,7 @@ class OddityFinder {
     struct Taxable {
         double rate;
         std::string_view natura;
-        double lines;    ///< with pension fund contributions and accessory expenses
+        double lines; ///< with pension fund contributions and accessory expenses
         double summary;
         double rounding; ///< inside the taxable amount for some sellers, outside for others
     };
@@ -200,8 +202,8 @@ class OddityFinder {
             const double difference = group.summary - group.lines;
             if (std::fabs(difference) <= kCent || std::fabs(difference - group.rounding) <= kCent) continue;
             Odd("DatiRiepilogo/ImponibileImporto", fmt::format("{:.2f}", group.summary),
-                fmt::format("linee, cassa e spese al {:.2f}%{}{} danno {:.2f}", group.rate, group.natura.empty() ? "" : " ",
-                            group.natura, group.lines));
+                fmt::format("linee, cassa e spese al {:.2f}%{}{} danno {:.2f}", group.rate,
+                            group.natura.empty() ? "" : " ", group.natura, group.lines));
         }
     }
 

@@ -59,8 +59,8 @@ std::string VatNumber(const IdFiscaleType &id)
 {
     std::string code = id.IdCodice;
     std::erase(code, ' ');
-    const bool is_repeated = id.IdPaese.size() == 2 && code.size() > 2 &&
-                             EqualsIgnoreCase(std::string_view(code).substr(0, 2), id.IdPaese);
+    const bool is_repeated =
+        id.IdPaese.size() == 2 && code.size() > 2 && EqualsIgnoreCase(std::string_view(code).substr(0, 2), id.IdPaese);
     return is_repeated ? code.substr(2) : code;
 }
 

@@ -10,8 +10,8 @@
 
 // The content of a FatturaPA file, as the file says it: signs, sums and codes are raw. Members are named after the XML
 // elements, types after those of the published schema. Texts are UTF-8 without blanks around, "" when absent; dates are
-// day numbers, 0 when absent or implausible; amounts and percentages keep every decimal of the file. What the schema leaves
-// out at will and whose absence means something is a std::optional.
+// day numbers, 0 when absent or implausible; amounts and percentages keep every decimal of the file. What the schema
+// leaves out at will and whose absence means something is a std::optional.
 
 namespace fatturapa {
 
@@ -285,7 +285,8 @@ struct DatiPagamentoType {
     std::vector<DettaglioPagamentoType> DettaglioPagamento;
 };
 
-/// An embedded file. Its content stays base64 inside the text of the invoice file, which it keeps alive, until it is asked for.
+/// An embedded file. Its content stays base64 inside the text of the invoice file, which it keeps alive, until it is
+/// asked for.
 struct AllegatiType {
     std::string NomeAttachment; ///< as claimed: pass it through SafeFileName before a file is created
     std::string AlgoritmoCompressione;
@@ -294,7 +295,8 @@ struct AllegatiType {
     std::string_view Attachment; ///< base64 text inside *file_text; may hold blanks and line ends
     std::shared_ptr<const std::string> file_text;
 
-    /// The bytes of the embedded file. @return nothing when the base64 is damaged; an empty text when there is no content
+    /// The bytes of the embedded file. @return nothing when the base64 is damaged; an empty text when there is no
+    /// content
     std::optional<std::string> Content() const;
 };
 
@@ -313,7 +315,8 @@ struct FatturaElettronica {
     std::vector<FatturaElettronicaBody> Body; ///< at least one after a successful load
 };
 
-// --- Questions about the content --------------------------------------------------------------------------------------
+// --- Questions about the content
+// --------------------------------------------------------------------------------------
 
 /// Sums of the DatiRiepilogo rows, each row rounded to cents; signs as in the file.
 struct SummaryTotals {
@@ -329,8 +332,8 @@ double TotaleDocumento(const FatturaElettronicaBody &body);
 /// True when the amounts as written are below zero: by the summary, and where that is zero by the declared total.
 bool IsNegative(const FatturaElettronicaBody &body);
 
-/// Due day of an instalment: DataScadenzaPagamento; else DataRiferimentoTerminiPagamento, or the document's date where that is
-/// missing, plus GiorniTerminiPagamento.
+/// Due day of an instalment: DataScadenzaPagamento; else DataRiferimentoTerminiPagamento, or the document's date where
+/// that is missing, plus GiorniTerminiPagamento.
 long DueDay(const DettaglioPagamentoType &payment, long document_day);
 
 /// Denominazione, or "Cognome Nome" of a person.

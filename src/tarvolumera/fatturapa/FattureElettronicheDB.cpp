@@ -109,8 +109,8 @@ void CFattureElettronicheDB::Load(std::string bytes, std::string_view file_name)
         file_name_ = file_name;
         envelope_ = std::move(extracted.envelope);
         std::string oddity;
-        ReadContext context(std::make_shared<const std::string>(XmlToUtf8(std::move(extracted.xml), oddity)), file_name_,
-                            warnings_);
+        ReadContext context(std::make_shared<const std::string>(XmlToUtf8(std::move(extracted.xml), oddity)),
+                            file_name_, warnings_);
         if (!oddity.empty()) context.Warn(std::move(oddity));
         ReadFattura(context, fattura_);
     } catch (const XmlFault &fault) {

@@ -16,9 +16,9 @@ struct InvoiceWarning {
 
 /// The reader of FatturaPA files, ordinary and simplified. It owns what it read; a failed Load leaves it empty.
 ///
-/// Whatever the exchange system lets through is read, oddities become warnings. A file is refused only when nothing can be
-/// done with it: no XML, a notification or another document, no seller, buyer or body, a document without type, number or
-/// date, a summary without its amounts.
+/// Whatever the exchange system lets through is read, oddities become warnings. A file is refused only when nothing can
+/// be done with it: no XML, a notification or another document, no seller, buyer or body, a document without type,
+/// number or date, a summary without its amounts.
 class CFattureElettronicheDB {
   public:
     /// Reads a file, plain or signed. @throws InvoiceFileError

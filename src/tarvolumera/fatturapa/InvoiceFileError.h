@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// An invoice file that cannot be used. what() is the sentence for the user, with the name of the file; Detail() says in
-/// plain Italian what exactly is wrong and where (element, value, position), for the list of an import.
+/// An invoice file that cannot be used. what() is the sentence for the user, with the name of the file; Detail() says
+/// in plain Italian what exactly is wrong and where (element, value, position), for the list of an import.
 class InvoiceFileError : public std::runtime_error {
   public:
     enum class Reason {

@@ -21,9 +21,11 @@ constexpr Field<PartyType> kParty[] = {
 
 constexpr Field<FatturaElettronicaHeader> kHeader[] = {
     {"DatiTrasmissione", Nested<&FatturaElettronicaHeader::DatiTrasmissione, kDatiTrasmissione>},
-    {"CedentePrestatore", Present<&ReadContext::has_seller, Nested<&FatturaElettronicaHeader::CedentePrestatore, kParty>>},
+    {"CedentePrestatore",
+     Present<&ReadContext::has_seller, Nested<&FatturaElettronicaHeader::CedentePrestatore, kParty>>},
     {"RappresentanteFiscale", Optional<&FatturaElettronicaHeader::RappresentanteFiscale, kRappresentante>},
-    {"CessionarioCommittente", Present<&ReadContext::has_buyer, Nested<&FatturaElettronicaHeader::CessionarioCommittente, kParty>>},
+    {"CessionarioCommittente",
+     Present<&ReadContext::has_buyer, Nested<&FatturaElettronicaHeader::CessionarioCommittente, kParty>>},
     {"TerzoIntermediarioOSoggettoEmittente",
      Optional<&FatturaElettronicaHeader::TerzoIntermediarioOSoggettoEmittente, kRappresentante>},
     {"SoggettoEmittente", Text<&FatturaElettronicaHeader::SoggettoEmittente>},
@@ -64,9 +66,7 @@ using Documento = DatiGeneraliDocumentoType;
 constexpr Field<Documento> kDatiGeneraliDocumento[] = {
     {"TipoDocumento", Text<&Documento::TipoDocumento>},
     {"Divisa", Text<&Documento::Divisa>},
-    {"Data", [](ReadContext &context, Documento &documento) {
-         ReadDocumentDay(context, documento.Data);
-     }},
+    {"Data", [](ReadContext &context, Documento &documento) { ReadDocumentDay(context, documento.Data); }},
     {"Numero", Text<&Documento::Numero>},
     {"DatiRitenuta", List<&Documento::DatiRitenuta, kDatiRitenuta>},
     {"DatiBollo", Optional<&Documento::DatiBollo, kDatiBollo>},
@@ -126,9 +126,7 @@ constexpr Field<DatiGeneraliType> kDatiGenerali[] = {
     {"DatiConvenzione", List<&DatiGeneraliType::DatiConvenzione, kCorrelati>},
     {"DatiRicezione", List<&DatiGeneraliType::DatiRicezione, kCorrelati>},
     {"DatiFattureCollegate", List<&DatiGeneraliType::DatiFattureCollegate, kCorrelati>},
-    {"DatiSAL", [](ReadContext &context, DatiGeneraliType &generali) {
-         ReadFields(context, generali, kDatiSAL);
-     }},
+    {"DatiSAL", [](ReadContext &context, DatiGeneraliType &generali) { ReadFields(context, generali, kDatiSAL); }},
     {"DatiDDT", List<&DatiGeneraliType::DatiDDT, kDatiDDT>},
     {"DatiTrasporto", Optional<&DatiGeneraliType::DatiTrasporto, kDatiTrasporto>},
     {"FatturaPrincipale", Optional<&DatiGeneraliType::FatturaPrincipale, kFatturaPrincipale>},
@@ -182,7 +180,8 @@ void RequiredAmount(ReadContext &context, SummaryRow &target)
     const std::string_view text = context.xml.Text();
     target.*M = ParseXmlAmount(text);
     if (!(target.*M)) {
-        context.RefuseDocument(fmt::format("{} \"{}\": non è un numero", context.xml.PlaceOfText(), text.substr(0, 40)));
+        context.RefuseDocument(
+            fmt::format("{} \"{}\": non è un numero", context.xml.PlaceOfText(), text.substr(0, 40)));
     }
 }
 
@@ -279,7 +278,8 @@ constexpr Field<FatturaElettronicaBody> kBody[] = {
 
 constexpr Field<FatturaElettronica> kRoot[] = {
     {"FatturaElettronicaHeader", Present<&ReadContext::has_header, Nested<&FatturaElettronica::Header, kHeader>>},
-    {"FatturaElettronicaBody", [](ReadContext &context, FatturaElettronica &fattura) {
+    {"FatturaElettronicaBody",
+     [](ReadContext &context, FatturaElettronica &fattura) {
          ++context.document;
          FatturaElettronicaBody &body = fattura.Body.emplace_back();
          ReadFields(context, body, kBody);

@@ -38,6 +38,8 @@ using CmsPointer = std::unique_ptr<CMS_ContentInfo, Freer<CMS_ContentInfo_free>>
 using BioPointer = std::unique_ptr<BIO, Freer<BIO_free_all>>;
 using NamePointer = std::unique_ptr<unsigned char, Freer<[](unsigned char *text) { OPENSSL_free(text); }>>;
 
+constexpr const char *kDamagedEnvelope = "la busta di firma digitale è danneggiata o incompleta";
+
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 std::string_view WithoutMark(std::string_view bytes)
@@ -200,9 +202,12 @@ class EnvelopeOpener {
     {
         const std::string_view text = WithoutLeadingBlanks(WithoutMark(bytes_));
         const std::optional<std::string_view> pem = PemBody(text);
+        if (text.empty() || ++text_wrappings_ > kTextWrappingsMax)
+            Refuse(Reason::NotAnInvoice, ForeignContentDetail(text));
         std::string decoded;
-        if (text.empty() || ++text_wrappings_ > kTextWrappingsMax || !DecodeBase64(pem.value_or(text), decoded) ||
-            decoded.empty()) {
+        if (!DecodeBase64(pem.value_or(text), decoded) || decoded.empty()) {
+            const bool was_envelope = pem || text.starts_with("MI"); // 30 8x in base64
+            if (was_envelope) Refuse(Reason::Unreadable, kDamagedEnvelope);
             Refuse(Reason::NotAnInvoice, ForeignContentDetail(text));
         }
         Note(pem ? "PEM" : "base64");
@@ -227,7 +232,7 @@ class EnvelopeOpener {
         if (!DigestListIsSmall(bytes_)) Refuse(Reason::Unreadable, "la busta di firma elenca troppi algoritmi");
         const auto *position = reinterpret_cast<const unsigned char *>(bytes_.data());
         CmsPointer cms(d2i_CMS_ContentInfo(nullptr, &position, static_cast<long>(bytes_.size())));
-        if (!cms) Refuse(Reason::Unreadable, "la busta di firma digitale è danneggiata o incompleta");
+        if (!cms) Refuse(Reason::Unreadable, kDamagedEnvelope);
         if (OBJ_obj2nid(CMS_get0_type(cms.get())) != NID_pkcs7_signed) {
             Refuse(Reason::Unreadable, "la busta non contiene dati firmati (è cifrata o di altro tipo)");
         }

@@ -25,10 +25,11 @@ struct ExtractedXml {
     EnvelopeInfo envelope;
 };
 
-/// Takes the XML out of the bytes of an invoice file: the one routine of import, display and export. The form is known by
-/// the content, never by the extension: plain XML (UTF-8, UTF-16), CMS SignedData as DER, BER, PEM or base64 (with or
-/// without line ends, even twice), and such envelopes inside each other, five at most. Every signature is verified against
-/// its content; trust, expiry and revocation of the certificate are not judged here, since an invoice stays an invoice.
+/// Takes the XML out of the bytes of an invoice file: the one routine of import, display and export. The form is known
+/// by the content, never by the extension: plain XML (UTF-8, UTF-16), CMS SignedData as DER, BER, PEM or base64 (with
+/// or without line ends, even twice), and such envelopes inside each other, five at most. Every signature is verified
+/// against its content; trust, expiry and revocation of the certificate are not judged here, since an invoice stays an
+/// invoice.
 /// @param file_name  for the messages only
 /// @throws InvoiceFileError
 ExtractedXml ExtractInvoiceXml(std::string bytes, std::string_view file_name);

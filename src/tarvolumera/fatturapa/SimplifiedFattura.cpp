@@ -11,7 +11,8 @@ namespace fatturapa {
 
 namespace {
 
-// --- Header: what the ordinary format nests lies flat here ------------------------------------------------------------
+// --- Header: what the ordinary format nests lies flat here
+// ------------------------------------------------------------
 
 void ReadDenominazione(ReadContext &context, PartyType &party)
 {
@@ -48,9 +49,8 @@ constexpr Field<PartyType> kSeller[] = {
     {"StabileOrganizzazione", Optional<&PartyType::StabileOrganizzazione, kIndirizzo>},
     {"RappresentanteFiscale", Optional<&PartyType::RappresentanteFiscale, kRappresentante>},
     {"IscrizioneREA", Nested<&PartyType::IscrizioneREA, kIscrizioneREA>},
-    {"RegimeFiscale", [](ReadContext &context, PartyType &party) {
-         ReadText(context, party.DatiAnagrafici.RegimeFiscale);
-     }},
+    {"RegimeFiscale",
+     [](ReadContext &context, PartyType &party) { ReadText(context, party.DatiAnagrafici.RegimeFiscale); }},
 };
 
 constexpr Field<PartyType> kIdentificativiFiscali[] = {
@@ -68,18 +68,18 @@ constexpr Field<PartyType> kAltriDatiIdentificativi[] = {
 };
 
 constexpr Field<PartyType> kBuyer[] = {
-    {"IdentificativiFiscali", [](ReadContext &context, PartyType &party) {
-         ReadFields(context, party, kIdentificativiFiscali);
-     }},
-    {"AltriDatiIdentificativi", [](ReadContext &context, PartyType &party) {
-         ReadFields(context, party, kAltriDatiIdentificativi);
-     }},
+    {"IdentificativiFiscali",
+     [](ReadContext &context, PartyType &party) { ReadFields(context, party, kIdentificativiFiscali); }},
+    {"AltriDatiIdentificativi",
+     [](ReadContext &context, PartyType &party) { ReadFields(context, party, kAltriDatiIdentificativi); }},
 };
 
 constexpr Field<FatturaElettronicaHeader> kHeader[] = {
     {"DatiTrasmissione", Nested<&FatturaElettronicaHeader::DatiTrasmissione, kDatiTrasmissione>},
-    {"CedentePrestatore", Present<&ReadContext::has_seller, Nested<&FatturaElettronicaHeader::CedentePrestatore, kSeller>>},
-    {"CessionarioCommittente", Present<&ReadContext::has_buyer, Nested<&FatturaElettronicaHeader::CessionarioCommittente, kBuyer>>},
+    {"CedentePrestatore",
+     Present<&ReadContext::has_seller, Nested<&FatturaElettronicaHeader::CedentePrestatore, kSeller>>},
+    {"CessionarioCommittente",
+     Present<&ReadContext::has_buyer, Nested<&FatturaElettronicaHeader::CessionarioCommittente, kBuyer>>},
     {"SoggettoEmittente", Text<&FatturaElettronicaHeader::SoggettoEmittente>},
 };
 
@@ -103,15 +103,13 @@ constexpr Field<GrossLine> kDatiIVA[] = {
 constexpr Field<GrossLine> kGrossLine[] = {
     {"Descrizione", Text<&GrossLine::Descrizione>},
     {"Importo", Amount<&GrossLine::Importo>},
-    {"DatiIVA", [](ReadContext &context, GrossLine &line) {
-         ReadFields(context, line, kDatiIVA);
-     }},
+    {"DatiIVA", [](ReadContext &context, GrossLine &line) { ReadFields(context, line, kDatiIVA); }},
     {"Natura", Text<&GrossLine::Natura>},
     {"RiferimentoNormativo", Text<&GrossLine::RiferimentoNormativo>},
 };
 
-/// One rate and nature of the summary while the lines are added, in cents. What came with its tax and what came with the
-/// rate alone are kept apart: the tax of the latter is split off once, from the sum, so that it is rounded once.
+/// One rate and nature of the summary while the lines are added, in cents. What came with its tax and what came with
+/// the rate alone are kept apart: the tax of the latter is split off once, from the sum, so that it is rounded once.
 struct Group {
     double rate = 0;
     std::string natura;
@@ -131,13 +129,10 @@ using Documento = DatiGeneraliDocumentoType;
 constexpr Field<Documento> kDatiGeneraliDocumento[] = {
     {"TipoDocumento", Text<&Documento::TipoDocumento>},
     {"Divisa", Text<&Documento::Divisa>},
-    {"Data", [](ReadContext &context, Documento &documento) {
-         ReadDocumentDay(context, documento.Data);
-     }},
+    {"Data", [](ReadContext &context, Documento &documento) { ReadDocumentDay(context, documento.Data); }},
     {"Numero", Text<&Documento::Numero>},
-    {"BolloVirtuale", [](ReadContext &context, Documento &documento) {
-         ReadText(context, documento.DatiBollo.emplace().BolloVirtuale);
-     }},
+    {"BolloVirtuale", [](ReadContext &context,
+                         Documento &documento) { ReadText(context, documento.DatiBollo.emplace().BolloVirtuale); }},
 };
 
 constexpr Field<DatiFatturaRettificataType> kRettificata[] = {
@@ -154,13 +149,11 @@ constexpr Field<DatiGeneraliType> kDatiGenerali[] = {
 constexpr Field<GrossBody> kBody[] = {
     {"DatiGenerali", Nested<&GrossBody::generali, kDatiGenerali>},
     {"DatiBeniServizi", List<&GrossBody::lines, kGrossLine>},
-    {"Allegati", [](ReadContext &context, GrossBody &target) {
-         ReadAllegati(context, target.body);
-     }},
+    {"Allegati", [](ReadContext &context, GrossBody &target) { ReadAllegati(context, target.body); }},
 };
 
-/// The rate that a tax was computed with. The tax is rounded to cents, so the rates in force are tried first and an exact
-/// quotient only when none of them gives it.
+/// The rate that a tax was computed with. The tax is rounded to cents, so the rates in force are tried first and an
+/// exact quotient only when none of them gives it.
 /// @return nothing when there is no net amount to divide by: a document that corrects the tax alone
 std::optional<double> RateFromTax(double net, double tax)
 {
@@ -225,7 +218,8 @@ FatturaElettronicaBody ToOrdinary(ReadContext &context, GrossBody &&read)
     for (std::size_t i = 0; i < read.lines.size(); ++i) {
         GrossLine &line = read.lines[i];
         if (!line.Importo) {
-            context.RefuseDocument(fmt::format("DatiBeniServizi[{}]: l'elemento Importo manca o non è un numero", i + 1));
+            context.RefuseDocument(
+                fmt::format("DatiBeniServizi[{}]: l'elemento Importo manca o non è un numero", i + 1));
         }
         const double rate = RateOf(context, line, i + 1);
         if (rate < 0) context.RefuseDocument(fmt::format("DatiBeniServizi[{}]: Aliquota {:.2f} negativa", i + 1, rate));
@@ -251,7 +245,8 @@ FatturaElettronicaBody ToOrdinary(ReadContext &context, GrossBody &&read)
 
 constexpr Field<FatturaElettronica> kRoot[] = {
     {"FatturaElettronicaHeader", Present<&ReadContext::has_header, Nested<&FatturaElettronica::Header, kHeader>>},
-    {"FatturaElettronicaBody", [](ReadContext &context, FatturaElettronica &fattura) {
+    {"FatturaElettronicaBody",
+     [](ReadContext &context, FatturaElettronica &fattura) {
          ++context.document;
          GrossBody read;
          ReadFields(context, read, kBody);

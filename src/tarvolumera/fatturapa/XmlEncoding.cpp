@@ -101,8 +101,8 @@ std::string_view DeclaredEncoding(std::string_view text)
 
 OneByte OneByteEncoding(std::string_view name)
 {
-    for (const std::string_view western : {"iso-8859-1", "windows-1252", "latin1", "latin-1", "iso8859-1", "iso_8859-1",
-                                           "cp1252", "ansi"}) {
+    for (const std::string_view western :
+         {"iso-8859-1", "windows-1252", "latin1", "latin-1", "iso8859-1", "iso_8859-1", "cp1252", "ansi"}) {
         if (EqualsIgnoreCase(name, western)) return OneByte::Western;
     }
     return EqualsIgnoreCase(name, "iso-8859-15") ? OneByte::WesternEuro : OneByte::None;

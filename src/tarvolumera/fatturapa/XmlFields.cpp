@@ -41,11 +41,13 @@ int TwoDigits(std::string_view text)
     return is_digit(text[0]) && is_digit(text[1]) ? (text[0] - '0') * 10 + (text[1] - '0') : -1;
 }
 
-/// A number of at most 15 digits, 11 of them before the point: both the digits and the power of ten are exact doubles then, so
-/// that one division gives the nearest double. Invoices hold little else, and this is several times faster than from_chars.
+/// A number of at most 15 digits, 11 of them before the point: both the digits and the power of ten are exact doubles
+/// then, so that one division gives the nearest double. Invoices hold little else, and this is several times faster
+/// than from_chars.
 std::optional<double> ParseShortDecimal(std::string_view text)
 {
-    static constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    static constexpr double powers[] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                        1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     const bool is_negative = text.starts_with('-');
     if (is_negative) text.remove_prefix(1);
     if (text.empty() || text.size() > 16) return std::nullopt;
@@ -133,7 +135,7 @@ bool IsPlausibleDay(long day)
 std::optional<double> ParseXmlAmount(std::string_view text)
 {
     if (const std::optional<double> value = ParseShortDecimal(text)) return value;
-    if (text.starts_with('+')) text.remove_prefix(1);
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
     // Not a finite number: "inf" and "nan" are numbers to from_chars.

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-// Reading XML elements into structs by tables: one row per element, naming it and the member that takes it. Because a file is nearly always in the order of the schema, each search for the row of a
-// child starts where the last one ended.
+// Reading XML elements into structs by tables: one row per element, naming it and the member that takes it. Because a
+// file is nearly always in the order of the schema, each search for the row of a child starts where the last one ended.
 
 namespace fatturapa {
 
@@ -37,7 +37,8 @@ class ReadContext {
 
     /// Passes over an element that no table knows, and names it.
     void SkipUnknown();
-    /// Counts an entry of a list and gives the open element its number in it; a file made to fill the memory is refused.
+    /// Counts an entry of a list and gives the open element its number in it; a file made to fill the memory is
+    /// refused.
     void CountEntry(std::size_t ordinal)
     {
         xml.SetOrdinal(ordinal);
@@ -100,8 +101,7 @@ std::size_t FindField(std::string_view name, std::span<const Field<T>> fields, s
 }
 
 template <class T>
-void ReadFields(ReadContext &context, T &target,
-                std::type_identity_t<std::span<const Field<T>>> fields)
+void ReadFields(ReadContext &context, T &target, std::type_identity_t<std::span<const Field<T>>> fields)
 {
     std::size_t last = fields.size();
     std::size_t expected = 0;
@@ -199,7 +199,8 @@ inline constexpr std::size_t kFirstEntries<&DatiPagamentoType::DettaglioPagament
 template <auto M, const auto &Table>
 void List(ReadContext &context, OwnerOf<M> &target)
 {
-    if ((target.*M).capacity() == 0) (target.*M).reserve(kFirstEntries<M>); // growing one by one moves every entry again
+    if ((target.*M).capacity() == 0)
+        (target.*M).reserve(kFirstEntries<M>); // growing one by one moves every entry again
     context.CountEntry((target.*M).size() + 1);
     ReadFields(context, (target.*M).emplace_back(), Table);
 }

@@ -11,7 +11,13 @@ namespace fatturapa {
 
 void XmlReader::OpenRoot()
 {
-    if (std::string_view(position_, static_cast<std::size_t>(end_ - position_)).starts_with("\xEF\xBB\xBF")) position_ += 3;
+    while (end_ > begin_ && end_[-1] == '\0') --end_; // zeros pad some signed files
+    if (const void *zero = std::memchr(begin_, '\0', static_cast<std::size_t>(end_ - begin_))) {
+        position_ = static_cast<const char *>(zero);
+        Fail("carattere nullo");
+    }
+    if (std::string_view(position_, static_cast<std::size_t>(end_ - position_)).starts_with("\xEF\xBB\xBF"))
+        position_ += 3;
     for (;;) {
         while (IsBlank(*position_)) ++position_;
         if (position_ == end_) Fail("il file non contiene alcun elemento XML");
@@ -31,7 +37,7 @@ bool XmlReader::CloseDocument()
             continue;
         }
         if (*position_ == '<') Fail("altri elementi dopo la fine del documento");
-        if (!IsBlank(*position_) && *position_ != '\0') has_text = true; // zeros pad some signed files
+        if (!IsBlank(*position_)) has_text = true;
         ++position_;
     }
     return !has_text;
@@ -143,28 +149,43 @@ std::string_view XmlReader::ComposedText()
         SkipMarkup();
         constexpr std::string_view open = "<![CDATA[";
         const std::string_view markup(next, static_cast<std::size_t>(position_ - next));
-        if (markup.starts_with(open)) composed_ += markup.substr(open.size(), markup.size() - open.size() - 3);
+        if (markup.starts_with(open)) AppendPlain(markup.substr(open.size(), markup.size() - open.size() - 3));
     }
     CloseTag();
     return WithoutBlanks(composed_);
 }
 
-void XmlReader::AppendDecoded(std::string_view text)
+/// Line ends become \n alone, as XML has it.
+void XmlReader::AppendPlain(std::string_view text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r') { // the line end of XML is \n alone
-            if (i + 1 == text.size() || text[i + 1] != '\n') composed_ += '\n';
-            continue;
+        const char character = text[i];
+        if (character == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+        if (character == '\r') {
+            composed_ += '\n';
+        } else if (static_cast<unsigned char>(character) < 0x20 && character != '\n' && character != '\t') {
+            composed_ += ' '; // XML has no other control characters, and a terminal would obey them
+        } else {
+            composed_ += character;
         }
-        if (text[i] == '&') {
-            const std::size_t end = text.substr(i, 12).find(';');
-            if (end != std::string_view::npos && AppendEntity(text.substr(i + 1, end - 1))) {
-                i += end;
-                continue;
-            }
+    }
+}
+
+void XmlReader::AppendDecoded(std::string_view text)
+{
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t ampersand = std::min(text.find('&', start), text.size());
+        AppendPlain(text.substr(start, ampersand - start));
+        if (ampersand == text.size()) return;
+        const std::string_view entity = text.substr(ampersand, 12);
+        const std::size_t end = entity.find(';');
+        if (end != std::string_view::npos && AppendEntity(entity.substr(1, end - 1))) {
+            start = ampersand + end + 1;
+        } else {
             has_bare_ampersand_ = true;
+            composed_ += '&';
+            start = ampersand + 1;
         }
-        composed_ += text[i];
     }
 }
 
@@ -184,7 +205,8 @@ bool XmlReader::AppendEntity(std::string_view entity)
     std::uint32_t code = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, is_hex ? 16 : 10);
     const bool is_whole = error == std::errc() && end == digits.data() + digits.size();
-    const bool is_character = code != 0 && code < 0x110000 && (code < 0xD800 || code > 0xDFFF);
+    const bool is_control = code < 0x20 && code != '\n' && code != '\t' && code != '\r';
+    const bool is_character = !is_control && code < 0x110000 && (code < 0xD800 || code > 0xDFFF);
     if (!is_whole || !is_character) return false;
     AppendUtf8(composed_, code);
     return true;
@@ -194,8 +216,7 @@ std::string XmlReader::PlaceAt(int index) const
 {
     const auto at = [&](int i) -> const Open & { return open_[static_cast<std::size_t>(i)]; };
     const std::string_view name = LocalName(at(index).name).substr(0, 80);
-    const std::string own =
-        at(index).ordinal > 0 ? fmt::format("{}[{}]", name, at(index).ordinal) : std::string(name);
+    const std::string own = at(index).ordinal > 0 ? fmt::format("{}[{}]", name, at(index).ordinal) : std::string(name);
     if (index == 0) return own;
     const std::string_view parent = LocalName(at(index - 1).name).substr(0, 80);
     const std::size_t ordinal = at(index - 1).ordinal;
