@@ -62,7 +62,7 @@ Finding Compare(std::string name, int rounds, double count, double target, const
 
 std::string FormatFindings(const Findings &findings)
 {
-    static constexpr char kLine[] = "{:<46}{:>11}{:>11} {:<3}{:>7}{:>8}  {}\n";
+    static constexpr char kLine[] = "{:<54}{:>10}{:>11} {:<3}{:>7}{:>8}  {}\n";
     std::string text = fmt::format(kLine, "case", "ours", "bare", "", "ratio", "target", "");
     for (const Finding &finding : findings)
         text += fmt::format(kLine, finding.name, Figure(finding.ours, 2), Figure(finding.bare, 2), finding.unit,

@@ -87,7 +87,7 @@ CREATE TABLE admin.pagament (
     pag_ini VARCHAR(12) NOT NULL DEFAULT 'DATA FATTURA',
     pag_gg_ini INTEGER NOT NULL DEFAULT 0 CHECK (pag_gg_ini >= 0),
     pag_gg_int INTEGER NOT NULL DEFAULT 0 CHECK (pag_gg_int >= 0),
-    pag_num_rate INTEGER NOT NULL DEFAULT 1 CHECK (pag_num_rate >= 0),
+    pag_num_rate INTEGER NOT NULL DEFAULT 1 CHECK (pag_num_rate BETWEEN 0 AND 60),
     pag_mese_esc_1 VARCHAR(9) NOT NULL DEFAULT '',
     pag_mese_esc_2 VARCHAR(9) NOT NULL DEFAULT '',
     pag_mese_esc_3 VARCHAR(9) NOT NULL DEFAULT '',
@@ -301,7 +301,7 @@ CREATE TABLE admin.pnota1 (
     pno_des_cau VARCHAR(30) NOT NULL DEFAULT '',
     pno_desc VARCHAR(80) NOT NULL DEFAULT '',
     pno_doc VARCHAR(20) NOT NULL DEFAULT '',
-    pno_paddoc VARCHAR(60) NOT NULL DEFAULT '',
+    pno_paddoc VARCHAR(220) NOT NULL DEFAULT '',
     pno_data_doc DATE,
     pno_rel INTEGER NOT NULL DEFAULT 2 CHECK (pno_rel IN (0, 1, 2)),
     pno_cli_for INTEGER NOT NULL DEFAULT 0,
@@ -350,6 +350,8 @@ CREATE TABLE admin.pnota1 (
     pno_split_payment SMALLINT NOT NULL DEFAULT 0 CHECK (pno_split_payment IN (0, 1)),
     pno_esc_spesometro SMALLINT NOT NULL DEFAULT 0 CHECK (pno_esc_spesometro IN (0, 1)),
     pno_agr INTEGER REFERENCES admin.aggregaz (agr_codice),
+    pno_all INTEGER,
+    pno_all_doc INTEGER NOT NULL DEFAULT 0,
     pno_utente VARCHAR(40) NOT NULL DEFAULT '',
     pno_creato TIMESTAMP,
     pno_aggiornato TIMESTAMP,
@@ -368,6 +370,7 @@ CREATE INDEX pnota1_doc ON admin.pnota1 (pno_doc, pno_codice);
 CREATE INDEX pnota1_causale ON admin.pnota1 (pno_cau, pno_data, pno_codice);
 CREATE INDEX pnota1_clifor ON admin.pnota1 (pno_rel, pno_cli_for, pno_data, pno_codice);
 CREATE INDEX pnota1_documento ON admin.pnota1 (pno_reg, pno_cli_for, pno_doc);
+CREATE INDEX pnota1_fattura ON admin.pnota1 (pno_all, pno_all_doc);
 CREATE INDEX pnota1_operazione ON admin.pnota1 (pno_operazione, pno_data);
 CREATE INDEX pnota1_registro ON admin.pnota1 (pno_reg, pno_data, pno_paddoc, pno_data_doc, pno_codice);
 
@@ -536,8 +539,9 @@ CREATE INDEX testate1_fattura ON admin.testate1 (tes_cod_for, tes_n_fat, tes_d_f
 -- tax is rounded and the non-deductible one is what is left; VAT codes of kind 5 deduct nothing.
 CREATE VIEW admin.totiva2 AS
 SELECT EXTRACT(YEAR FROM pno_data) AS tiv_anno, EXTRACT(MONTH FROM pno_data) AS tiv_mese, pno_sez AS tiv_sez,
-       pno_reg AS tiv_reg, tiv_codice, SUM(tiv_imponibile) AS tiv_imponibile, SUM(tiv_imposta) AS tiv_imposta,
-       SUM(tiv_indetraibile) AS tiv_indetraibile
+       pno_reg AS tiv_reg, tiv_codice, ROUND(CAST(SUM(tiv_imponibile) AS NUMERIC), 2) AS tiv_imponibile,
+       ROUND(CAST(SUM(tiv_imposta) AS NUMERIC), 2) AS tiv_imposta,
+       ROUND(CAST(SUM(tiv_indetraibile) AS NUMERIC), 2) AS tiv_indetraibile
   FROM (SELECT pno_data, pno_sez, pno_reg, pno_iva_0 AS tiv_codice, pno_impo_0 AS tiv_imponibile,
                pno_imposta_0 AS tiv_imposta,
                CASE WHEN pno_tip_0 = 5 THEN pno_imposta_0 ELSE pno_imposta_0 - ROUND(CAST(pno_imposta_0 * (100 - pno_ind_0) / 100 AS NUMERIC), 2) END AS tiv_indetraibile
@@ -572,10 +576,10 @@ SELECT EXTRACT(YEAR FROM pno_data) AS tiv_anno, EXTRACT(MONTH FROM pno_data) AS 
 -- still tells the year's figure after the accounts were brought to zero.
 CREATE VIEW admin.totconti AS
 SELECT EXTRACT(YEAR FROM row_data) AS tco_anno, row_mas AS tco_mas, row_con AS tco_con, row_sot AS tco_sot,
-       SUM(CASE WHEN row_tipo = 'D' OR row_tipo = 'd' THEN row_importo ELSE 0 END) AS tco_dare,
-       SUM(CASE WHEN row_tipo = 'A' OR row_tipo = 'a' THEN row_importo ELSE 0 END) AS tco_avere,
-       SUM(CASE WHEN row_tipo = 'D' OR row_tipo = 'd' THEN row_importo ELSE -row_importo END) AS tco_saldo,
-       SUM(CASE WHEN row_operazione IN (1, 2) THEN 0
-                WHEN row_tipo = 'D' OR row_tipo = 'd' THEN row_importo ELSE -row_importo END) AS tco_saldo_ann
+       ROUND(CAST(SUM(CASE WHEN row_tipo IN ('D', 'd') THEN row_importo ELSE 0 END) AS NUMERIC), 2) AS tco_dare,
+       ROUND(CAST(SUM(CASE WHEN row_tipo IN ('A', 'a') THEN row_importo ELSE 0 END) AS NUMERIC), 2) AS tco_avere,
+       ROUND(CAST(SUM(CASE WHEN row_tipo IN ('D', 'd') THEN row_importo ELSE -row_importo END) AS NUMERIC), 2) AS tco_saldo,
+       ROUND(CAST(SUM(CASE WHEN row_operazione IN (1, 2) THEN 0 WHEN row_tipo IN ('D', 'd') THEN row_importo
+                           ELSE -row_importo END) AS NUMERIC), 2) AS tco_saldo_ann
   FROM admin.pnotaro2
  GROUP BY EXTRACT(YEAR FROM row_data), row_mas, row_con, row_sot;

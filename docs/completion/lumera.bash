@@ -22,7 +22,7 @@ _lumera()
         "scadenze ") words="elenco genera" ;;
         "archivio crea") words="--postgres --demo --anno --movimenti --seme --ditta --piva --codfis --indirizzo --cap --citta --prov --naz" ;;
         "fatture elenco") words="--dal --al --da-registrare" ;;
-        "fatture registra") words="--tutte --causale --fornitore --nuovo-fornitore --codice-iva" ;;
+        "fatture registra") words="--tutte --causale --fornitore --nuovo-fornitore --codice-iva --data" ;;
         "fatture esporta") words="--xml --p7m" ;;
         "pnota elenco") words="--dal --al --sezione --causale" ;;
         "scadenze elenco") words="--clienti --fornitori --aperte --chiuse --dal --al" ;;

@@ -74,7 +74,7 @@ int Create(Session *session, const CreateOptions &options)
     CreateArchive(wanted);
     const std::string shown = IsPostgresTarget(wanted.archive) ? "PostgreSQL" : wanted.archive;
     if (session->json)
-        Print(nlohmann::json{{"archivio", shown}, {"ditta", lumera_db_impo.dit_desc.str()}, {"anno", wanted.year}}.dump() + "\n");
+        PrintJson(nlohmann::json{{"archivio", shown}, {"ditta", lumera_db_impo.dit_desc.str()}, {"anno", wanted.year}});
     else Print(fmt::format("Archivio creato: {}\n{}\nEsercizio {}\n", shown, CompanyLine(), wanted.year));
     return kExitDone;
 }
@@ -114,7 +114,7 @@ int Copy(Session *session, const std::string &file)
     SACommand command(&connection);
     CopyArchive(&command, file);
     const auto bytes = static_cast<long long>(std::filesystem::file_size(file));
-    if (session->json) Print(nlohmann::json{{"file", file}, {"bytes", bytes}}.dump() + "\n");
+    if (session->json) PrintJson(nlohmann::json{{"file", file}, {"bytes", bytes}});
     else Print(fmt::format("Copia scritta: {} ({} KB)\n", file, bytes / 1024));
     return kExitDone;
 }
@@ -125,6 +125,7 @@ void AddArchiveCommands(CLI::App *app, Session *session, Action *action)
 {
     CLI::App *group = app->add_subcommand("archivio", "Crea, verifica e copia l'archivio di una ditta");
     group->require_subcommand(1);
+    group->footer("Esempio:\n  lumera archivio crea demo --demo");
 
     auto options = std::make_shared<CreateOptions>();
     CLI::App *create = group->add_subcommand("crea", "Crea l'archivio di una nuova ditta con le tabelle di base");

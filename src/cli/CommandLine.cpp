@@ -9,6 +9,8 @@
 #include "tarvolumera/fatturapa/InvoiceFileError.h"
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
 #include <fmt/format.h>
 
 namespace {
@@ -41,7 +43,6 @@ void NameGroups(CLI::App *app)
     for (CLI::Option *option : app->get_options()) option->group("Opzioni");
     for (CLI::App *command : app->get_subcommands({})) {
         command->group("Comandi");
-        if (!command->get_subcommands({}).empty()) command->footer("");
         NameGroups(command);
     }
 }
@@ -56,7 +57,7 @@ std::string UsageText(const CLI::ParseError &error)
     if (name == "RequiredError") return "Manca un argomento obbligatorio: " + what.substr(0, what.find(" is required"));
     if (name == "ArgumentMismatch") return "Numero di argomenti errato: " + what.substr(0, what.find(':'));
     if (name == "ConversionError" || name == "InvalidError")
-        return "Valore non valido: " + what.substr(what.find_first_of("=-"));
+        return "Valore non valido: " + what.substr(what.find(": ") == std::string::npos ? 0 : what.find(": ") + 2);
     if (name == "ExcludesError") return "Opzioni che si escludono: " + what;
     if (name == "RequiresError") return "Opzione che ne richiede un'altra: " + what;
     if (name == "ValidationError") return "Valore non ammesso: " + what;
@@ -65,7 +66,8 @@ std::string UsageText(const CLI::ParseError &error)
 
 int Report(const Session &session, const char *outcome, const std::string &text, int code)
 {
-    if (session.json) Print(nlohmann::json{{"esito", outcome}, {"messaggio", text}}.dump() + "\n");
+    const nlohmann::json report = {{"esito", outcome}, {"messaggio", text}};
+    if (!JsonListPrinter::FinishOpen(report) && session.json) PrintJson(report);
     if (!text.empty()) std::fprintf(stderr, "lumera: %s\n", text.c_str());
     return code;
 }
@@ -97,6 +99,14 @@ int Run(Session *session, const Action &action)
     } catch (const std::exception &error) {
         return Report(*session, "errore", std::string("Errore imprevisto: ") + error.what(), kExitFailed);
     }
+}
+
+/// Half a list on a full disk must not pass for a whole one.
+bool OutputArrived()
+{
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+    std::fprintf(stderr, "lumera: il risultato non è stato scritto per intero: %s\n", SystemErrorText(errno).c_str());
+    return false;
 }
 
 } // namespace
@@ -139,5 +149,5 @@ int RunCommandLine(int argc, const char *const *argv)
     }
     SAConnection::ClosePool();
     SetUserInterface(previous);
-    return code;
+    return OutputArrived() ? code : kExitFailed;
 }

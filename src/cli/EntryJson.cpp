@@ -164,7 +164,7 @@ void ReadHeader(SACommand *cmd, const json &object, long today, PNOTA *entry)
     const long terms = object.contains("pag") ? LongAt(object, "pag", where) : entry->pno_pag;
     if (!EnterTerms(cmd, entry, terms) && terms != 0) Refuse(where, fmt::format("la modalità di pagamento {} non esiste", terms));
     entry->pno_desc = TextAt(object, "desc", where);
-    if (!object.contains("prot")) return;
+    if (LongAt(object, "prot_fisso", where) == 0) return;
     entry->pno_prot = LongAt(object, "prot", where);
     entry->pno_prot_fisso = 1;
 }
@@ -176,7 +176,9 @@ PNOTA EntryFromJson(SACommand *cmd, const std::string &text, long today)
     const json object = json::parse(text, nullptr, false);
     if (object.is_discarded()) throw RefusedError("Il file non è un documento JSON valido.");
     CheckKeys(object, "movimento", {"data", "cau", "doc", "data_doc", "cli_for", "sez", "pag", "data_pag", "desc", "des_cau",
-                                    "tot_doc", "prot", "iva", "righe", "centri"});
+                                    "tot_doc", "prot", "prot_fisso", "iva", "righe", "centri",
+                                    // What "mostra" prints beside is accepted and follows from the rest.
+                                    "codice", "rel", "reg", "dare", "avere", "operazione", "allegati"});
     PNOTA entry;
     ReadHeader(cmd, object, today, &entry);
     ReadVatLines(cmd, object, &entry);

@@ -71,7 +71,8 @@ nlohmann::json ToJson(const InvoiceRow &row)
 {
     return {{"id", IdOf(row)}, {"codice", row.code}, {"documento", row.document + 1}, {"file", row.file_name.str()},
             {"tipo", row.type}, {"numero", row.number}, {"data", JsonDate(row.day)}, {"cedente", row.seller_name},
-            {"piva", row.vat_number}, {"codfis", row.fiscal_code}, {"fornitore", row.supplier}, {"totale", JsonAmount(row.total)},
+            {"piva", row.vat_number}, {"codfis", row.fiscal_code}, {"fornitore", row.supplier}, {"fornitore_nome", row.supplier_name},
+            {"tipo_testo", row.type_text}, {"magazzino", row.is_in_warehouse}, {"totale", JsonAmount(row.total)},
             {"firmata", row.is_signed}, {"registrata", row.is_registered},
             {"movimento", row.entry}, {"protocollo", row.protocol}, {"stato", StateOf(row)}};
 }
@@ -113,6 +114,7 @@ int List(Session *session, const ListOptions &options)
 
 struct RegisterOptions {
     std::vector<std::string> ids;
+    std::string day;
     bool all = false, new_supplier = false;
     long causale = 0, supplier = 0, vat_code = 0;
 };
@@ -162,6 +164,8 @@ RegistrationChoices ChoicesFrom(const RegisterOptions &options)
     choices.choose_supplier = [=](const fatturapa::PartyType &) { return options.supplier; };
     choices.confirm_supplier = [](FORNITORI *) { return true; };
     choices.choose_causale = [](long proposed) { return proposed; };
+    choices.registration_day = ParseDateOption("--data", options.day);
+    choices.skip_duplicates = options.all;
     choices.choose_vat_code = [=](const fatturapa::DatiRiepilogoType &) { return options.vat_code; };
     return choices;
 }
@@ -238,7 +242,7 @@ int Export(Session *session, const ExportOptions &options)
     const std::string &file = options.xml.empty() ? options.p7m : options.xml;
     if (options.xml.empty()) ExportInvoiceP7m(nullptr, options.code, file);
     else ExportInvoiceXml(nullptr, options.code, file);
-    if (session->json) Print(nlohmann::json{{"file", file}}.dump() + "\n");
+    if (session->json) PrintJson(nlohmann::json{{"file", file}});
     else Print(fmt::format("Scritto: {}\n", file));
     return kExitDone;
 }
@@ -249,6 +253,7 @@ void AddInvoiceCommands(CLI::App *app, Session *session, Action *action)
 {
     CLI::App *group = app->add_subcommand("fatture", "Fatture elettroniche ricevute");
     group->require_subcommand(1);
+    group->footer("Esempio:\n  lumera fatture importa scaricate/");
 
     auto files = std::make_shared<std::vector<std::string>>();
     CLI::App *import = group->add_subcommand("importa", "Carica fatture da file, cartelle e archivi .zip");
@@ -270,6 +275,7 @@ void AddInvoiceCommands(CLI::App *app, Session *session, Action *action)
                          "  lumera fatture registra --tutte --nuovo-fornitore");
     registration->add_option("id", options->ids, "Identificativi (codice, o codice.documento)");
     registration->add_flag("--tutte", options->all, "Tutte quelle non ancora registrate");
+    registration->add_option("--data", options->day, "Data di registrazione (quella del documento)");
     registration->add_option("--causale", options->causale, "Causale contabile, invece di quella del fornitore");
     registration->add_option("--fornitore", options->supplier, "Fornitore da usare quando non è individuato");
     registration->add_flag("--nuovo-fornitore", options->new_supplier, "Crea il fornitore quando non è individuato");

@@ -14,7 +14,6 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <iostream>
-#include <iterator>
 
 namespace {
 
@@ -146,7 +145,9 @@ int Show(Session *session, long number)
 std::string ReadInput(const std::string &file)
 {
     if (file != "-") return ReadWholeFile(file, kJsonBytesMax);
-    std::string text{std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
+    std::string text(kJsonBytesMax + 1, '\0');
+    std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(std::cin.gcount()));
     if (text.size() > kJsonBytesMax) throw RefusedError("Il documento JSON è troppo grande.");
     return text;
 }
@@ -169,7 +170,7 @@ int Store(Session *session, const std::string &file)
     const StoreOutcome outcome = StoreEntry(&command, &entry, true, together);
     if (!outcome.stored) throw RefusedError(outcome.reason);
     if (session->json)
-        Print(nlohmann::json{{"codice", entry.pno_codice}, {"prot", entry.pno_prot}, {"tot_doc", JsonAmount(entry.pno_tot_doc)}, {"scadenze", stored_instalments}}.dump() + "\n");
+        PrintJson(nlohmann::json{{"codice", entry.pno_codice}, {"prot", entry.pno_prot}, {"tot_doc", JsonAmount(entry.pno_tot_doc)}, {"scadenze", stored_instalments}});
     else
         Print(fmt::format("Registrato il movimento {}{}, {} scadenze.\n", entry.pno_codice,
                           entry.pno_prot == 0 ? "" : fmt::format(" con protocollo {}", entry.pno_prot), stored_instalments));
@@ -187,7 +188,7 @@ int Delete(Session *session, long number)
                       MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES)
         throw RefusedError("Eliminazione non confermata (usare --si).");
     DeleteEntry(&command, &entry);
-    if (session->json) Print(nlohmann::json{{"eliminato", number}}.dump() + "\n");
+    if (session->json) PrintJson(nlohmann::json{{"eliminato", number}});
     else Print(fmt::format("Eliminato il movimento {}.\n", number));
     return kExitDone;
 }
@@ -198,6 +199,7 @@ void AddJournalCommands(CLI::App *app, Session *session, Action *action)
 {
     CLI::App *group = app->add_subcommand("pnota", "Movimenti di prima nota");
     group->require_subcommand(1);
+    group->footer("Esempio:\n  lumera pnota mostra 12");
 
     auto list = std::make_shared<ListOptions>();
     CLI::App *listing = group->add_subcommand("elenco", "Elenca i movimenti, dal più recente");

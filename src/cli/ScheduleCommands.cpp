@@ -26,13 +26,20 @@ nlohmann::json ToJson(SACommand &query)
             {"desc", query.Field("sca_desc").asString()}, {"tipo_pag", query.Field("sca_tipo_pag").asLong()},
             {"rata", query.Field("sca_rata").asLong()}, {"rate", query.Field("sca_rate").asLong()},
             {"pagato", query.Field("sca_pagato").asLong()}, {"data_pag", JsonDate(FromSqlDate(query.Field("sca_data_pag").asDateTime()))},
-            {"pno", query.Field("sca_pno").asLong()}};
+            {"pno", query.Field("sca_pno").asLong()}, {"sez", query.Field("sca_sez").asLong()},
+            {"anno", query.Field("sca_anno").asLong()}, {"pag", query.Field("sca_pag").asLong()}, {"ban", query.Field("sca_ban").asLong()},
+            {"emessa", JsonDate(FromSqlDate(query.Field("sca_emessa").asDateTime()))}, {"dst", query.Field("sca_dst").asLong()},
+            {"age", query.Field("sca_age").asLong()}, {"parked", query.Field("sca_parked").asLong()},
+            {"printed", query.Field("sca_printed").asLong()}, {"ultima", query.Field("sca_ultima").asLong()},
+            {"tot_fat", JsonAmount(query.Field("sca_tot_fat").asDouble())}};
 }
 
 std::string ListText(const ListOptions &options, long first, long last)
 {
     std::string text = "SELECT sca_relaz, sca_num, sca_data, sca_importo, sca_cli_for, sca_fattura, sca_data_fattura, sca_desc,"
                        " sca_tipo_pag, sca_rata, sca_rate, sca_pagato, sca_data_pag, sca_pno,"
+                       " sca_sez, sca_anno, sca_pag, sca_ban, sca_emessa, sca_dst, sca_age, sca_parked, sca_printed, sca_ultima,"
+                       " sca_tot_fat,"
                        " CASE sca_relaz WHEN 0 THEN cli_desc ELSE for_desc END AS nome FROM admin.scadenze"
                        " LEFT JOIN admin.clienti1 ON cli_codice = sca_cliente"
                        " LEFT JOIN admin.fornito1 ON for_codice = sca_fornitore WHERE 1 = 1";
@@ -98,7 +105,7 @@ int Generate(Session *session, long number)
         throw RefusedError(fmt::format("Il movimento n. {} ha già {} scadenze.", number, there));
     const long stored = GenerateInstalments(&command, entry);
     if (stored == 0) throw RefusedError(fmt::format("Il movimento n. {} non genera scadenze.", number));
-    if (session->json) Print(nlohmann::json{{"movimento", number}, {"scadenze", stored}}.dump() + "\n");
+    if (session->json) PrintJson(nlohmann::json{{"movimento", number}, {"scadenze", stored}});
     else Print(fmt::format("Generate {} scadenze del movimento {}.\n", stored, number));
     return kExitDone;
 }
@@ -109,6 +116,7 @@ void AddScheduleCommands(CLI::App *app, Session *session, Action *action)
 {
     CLI::App *group = app->add_subcommand("scadenze", "Scadenzario di clienti e fornitori");
     group->require_subcommand(1);
+    group->footer("Esempio:\n  lumera scadenze elenco --fornitori --aperte");
 
     auto list = std::make_shared<ListOptions>();
     CLI::App *listing = group->add_subcommand("elenco", "Elenca le scadenze per data");

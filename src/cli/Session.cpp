@@ -16,6 +16,11 @@ std::string Environment(const char *name)
     return value == nullptr ? std::string{} : value;
 }
 
+std::string Dump(const nlohmann::json &value)
+{
+    return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
 } // namespace
 
 std::filesystem::path UserDataFolder()
@@ -65,22 +70,38 @@ void Print(const std::string &text)
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
+void PrintJson(const nlohmann::json &document)
+{
+    Print(Dump(document) + "\n");
+}
+
+JsonListPrinter::State JsonListPrinter::open_ = State::None;
+
 JsonListPrinter::JsonListPrinter(const std::string &name)
 {
-    Print("{" + nlohmann::json(name).dump() + ": [");
+    open_ = State::Empty;
+    Print("{" + Dump(name) + ": [");
 }
 
 void JsonListPrinter::Add(const nlohmann::json &item)
 {
-    Print((first_ ? "\n  " : ",\n  ") + item.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
-    first_ = false;
+    Print((open_ == State::Empty ? "\n  " : ",\n  ") + Dump(item));
+    open_ = State::Filled;
 }
 
 void JsonListPrinter::Finish(const nlohmann::json &more)
 {
-    std::string tail = first_ ? "]" : "\n]";
-    for (const auto &[key, value] : more.items()) tail += fmt::format(", {}: {}", nlohmann::json(key).dump(), value.dump());
+    FinishOpen(more);
+}
+
+bool JsonListPrinter::FinishOpen(const nlohmann::json &more)
+{
+    if (open_ == State::None) return false;
+    std::string tail = open_ == State::Empty ? "]" : "\n]";
+    open_ = State::None;
+    for (const auto &[key, value] : more.items()) tail += fmt::format(", {}: {}", Dump(key), Dump(value));
     Print(tail + "}\n");
+    return true;
 }
 
 nlohmann::json JsonAmount(double euro)

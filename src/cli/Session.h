@@ -50,6 +50,9 @@ long ParseDateOption(const std::string &option, const std::string &text);
 /// Prints a text to standard output.
 void Print(const std::string &text);
 
+/// Prints a JSON document on one line. Bytes that are no UTF-8, as a file name may hold, are replaced.
+void PrintJson(const nlohmann::json &document);
+
 /// A JSON list that is printed item by item, so that a long one takes no memory:
 /// {"movimenti": [ ... ], "totale": 12}
 class JsonListPrinter {
@@ -59,8 +62,13 @@ class JsonListPrinter {
     /// @param more  further keys beside the list
     void Finish(const nlohmann::json &more = nlohmann::json::object());
 
+    /// Ends the list that a failure left open, so that what was printed stays one document.
+    /// @return false when none is open
+    static bool FinishOpen(const nlohmann::json &more);
+
   private:
-    bool first_ = true;
+    enum class State { None, Empty, Filled };
+    static State open_; ///< standard output has one list at a time
 };
 
 /// An amount rounded to cents, as JSON number.

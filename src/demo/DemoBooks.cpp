@@ -15,6 +15,8 @@
 namespace {
 
 constexpr std::size_t kInvoicesRemembered = 100;
+/// Per mille of the instalments: what falls due and stays open, for reminders and interest on late payment.
+constexpr long kNeverPaidByCustomers = 50, kNeverPaidToSuppliers = 15;
 constexpr long kCostCentres[] = {10, 20, 30, 40, 50, 60};
 constexpr const char *kNotes[] = {
     "Già verificato con il responsabile di reparto", "Consegna a metà: il resto è atteso il mese prossimo",
@@ -126,12 +128,14 @@ void DemoBooks::StoreInvoice(long long withholding_cents)
 
 void DemoBooks::RememberInstalments(long long withholding_cents)
 {
+    const long forgotten = entry_.pno_rel == kCustomer ? kNeverPaidByCustomers : kNeverPaidToSuppliers;
     const auto bind = [&](SACommand &query) { query.Param("codice").setAsLong(entry_.pno_codice); };
     OpenInstalments &open = Open(entry_.pno_rel)[entry_.pno_cli_for];
     sqlsca.ForEach(cmd_, " WHERE sca_pno = :codice ORDER BY sca_rata", bind, [&](const SCADENZE &stored) {
-        open.emplace(stored.sca_data,
-                     OpenInstalment{stored.sca_num, stored.sca_data, stored.sca_tipo_pag, stored.sca_fattura.str(),
-                                    stored.sca_data_fattura, ToCents(stored.sca_importo), withholding_cents});
+        if (!random_->Chance(forgotten))
+            open.emplace(stored.sca_data,
+                         OpenInstalment{stored.sca_num, stored.sca_data, stored.sca_tipo_pag, stored.sca_fattura.str(),
+                                        stored.sca_data_fattura, ToCents(stored.sca_importo), withholding_cents});
         withholding_cents = 0;
         return true;
     });

@@ -13,6 +13,8 @@ namespace {
 
 /// Entries of one transaction: a commit for each would cost more than the entry itself.
 constexpr std::size_t kEntriesTogether = 500;
+/// The statistics of the tables are refreshed at the first group and each time they have grown so many times.
+constexpr std::size_t kGrowth = 8;
 
 /// The bookkeeper of the demo company. His today is the day of the entry, so that the archive says it was written and
 /// its instalments were issued then; and no window of progress opens for each invoice.
@@ -83,6 +85,17 @@ void Book(DemoBooks *books, const PlannedEntry &planned)
     }
 }
 
+/// Tells the server how large the tables have become. It does so by itself once they are committed, but a new archive
+/// is made in one transaction, and plans made for empty tables would read them from end to end for each next number.
+void RefreshStatistics(SACommand *cmd)
+{
+    if (cmd->Connection()->Engine() != SAEngine::PostgreSQL) return;
+    for (const char *table : {"pnota1", "pnotaro2", "pnotacdc", "scadenze"}) {
+        SACommand analyze(cmd->Connection(), std::string("ANALYZE admin.") + table);
+        analyze.Execute();
+    }
+}
+
 std::vector<PlannedEntry> PlanFiscalYear(long entries, DemoRandom *random)
 {
     const int year = static_cast<int>(lumera_db_impo.dit_anno);
@@ -105,10 +118,15 @@ void FillDemoJournal(SACommand *cmd, long entries, unsigned seed)
     progress.SetRange(0, static_cast<long>(plan.size()));
     DemoBookkeeper bookkeeper(CurrentUserInterface());
     const auto books = std::make_unique<DemoBooks>(scope.get(), &random, [&](long day) { bookkeeper.WorkOn(day); });
+    std::size_t next_refresh = kEntriesTogether;
     for (std::size_t done = 0; done < plan.size();) {
         const std::size_t stop = std::min(done + kEntriesTogether, plan.size());
         SATransaction together(scope.get());
         for (; done < stop; ++done) Book(books.get(), plan[done]);
+        if (done >= next_refresh) {
+            RefreshStatistics(scope.get());
+            next_refresh *= kGrowth;
+        }
         together.Commit();
         progress.SetPos(static_cast<long>(done));
     }

@@ -34,7 +34,7 @@ DemoModel Other(DemoJob job, long share, long causale = 0, int habit = kAnyDay)
 std::vector<DemoModel> Purchases()
 {
     return {
-        Invoice(97, 21, {1, 2, 3, 24}, {22, 22, 22, 22, 22, 22, 22, 10}, 60, 6500, {}, 28),
+        Invoice(97, 21, {1, 2, 3, 24}, {22, 22, 22, 22, 22, 22, 22, 10}, 60, 9500, {}, 28),
         Invoice(12, 21, {4}, {10, 10, 4}, 30, 400, {300, 1, 4}, 28),
         Invoice(8, 21, {13}, {355}, 200, 1800, {300, 1, 4}), // packaging for export, against a declaration of intent
         Invoice(30, 22, {10}, {22}, 20, 450, {310, 2, 1}),

@@ -33,19 +33,24 @@ long long SumOf(const std::vector<Position> &items)
                            [](long long sum, const Position &item) { return sum + item->second.cents; });
 }
 
-/// What is settled together. A fee with withholding goes alone, since its payment has a causale of its own; credit
-/// notes that exceed what is due wait for the next invoice.
+/// What is settled together: the oldest instalments, and the credit notes between them as far as they leave something
+/// to pay. A fee with withholding goes alone, since its payment has a causale of its own.
 std::vector<Position> DueItems(DemoBooks::OpenInstalments *open, long day)
 {
-    std::vector<Position> items;
+    std::vector<Position> items, credits;
     for (Position item = open->begin(); item != open->end() && item->first <= day && items.size() < kAtOnce; ++item) {
         if (item->second.withholding_cents != 0) {
             if (items.empty()) return {item};
-            continue;
+        } else {
+            (item->second.cents > 0 ? items : credits).push_back(item);
         }
-        items.push_back(item);
     }
-    if (SumOf(items) <= 0) std::erase_if(items, [](const Position &item) { return item->second.cents <= 0; });
+    long long left = SumOf(items);
+    for (const Position &credit : credits) {
+        if (left + credit->second.cents <= 0) continue;
+        left += credit->second.cents;
+        items.push_back(credit);
+    }
     return items;
 }
 

@@ -6,6 +6,8 @@
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvolumera/Counterparts.h"
+#include "tarvolumera/FiscalCodes.h"
+#include "tarvolumera/SaExceptionDisplay.h"
 
 #include <fmt/format.h>
 #include <fmt/printf.h>
@@ -23,7 +25,7 @@ std::string Upper(std::string_view text)
 bool IsForCompany(const fatturapa::PartyType &buyer, const DITTE &company)
 {
     const std::string vat = Upper(fatturapa::VatNumber(buyer.DatiAnagrafici.IdFiscaleIVA));
-    const std::string fiscal = Upper(buyer.DatiAnagrafici.CodiceFiscale);
+    const std::string fiscal = NormalisedFiscalCode(buyer.DatiAnagrafici.CodiceFiscale);
     const bool vat_differs = !vat.empty() && vat != Upper(company.dit_piva);
     const bool fiscal_differs = !fiscal.empty() && fiscal != Upper(company.dit_codfis) && fiscal != Upper(company.dit_piva);
     return !vat_differs && !fiscal_differs && !(vat.empty() && fiscal.empty());
@@ -65,6 +67,20 @@ long CountRows(SACommand *cmd, const char *text, long supplier, const char *numb
     query.Execute();
     query.FetchNext();
     return query.Field("numrec").asLong();
+}
+
+/// An error of the archive itself, which the next file would only meet again.
+bool EndsTheRun(const SAException &error)
+{
+    switch (error.Fault()) {
+    case SAFault::ConnectionLost:
+    case SAFault::CannotOpen:
+    case SAFault::DiskFull:
+    case SAFault::ReadOnly:
+    case SAFault::Corrupt:
+    case SAFault::Busy: return true;
+    default: return false;
+    }
 }
 
 /// False when another station filed the same document a moment ago.
@@ -145,6 +161,9 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
         result.text = filed.all_desc.str();
     } catch (const InvoiceFileError &error) {
         result.text = error.Detail().empty() ? error.what() : error.Detail();
+    } catch (const SAException &error) {
+        if (EndsTheRun(error)) throw;
+        result.text = DescribeError(error); // the next file may be better
     }
     return result;
 }
@@ -181,11 +200,12 @@ bool CheckPNota(SACommand *cmd, long supplier, std::string_view number, long day
 {
     if (supplier == 0) return false;
     CommandScope scope(cmd);
+    const Text<20> stored_number = Trimmed(number); // as the journal keeps it
     for (const long vat_register : {kPurchases, kEuPurchases}) {
         if (CountRows(scope.get(),
                       "SELECT COUNT(*) AS numrec FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codfor AND "
                       "pno_doc = :numdoc AND pno_data_doc = :data",
-                      supplier, "numdoc", number, "data", day, vat_register) > 0)
+                      supplier, "numdoc", stored_number, "data", day, vat_register) > 0)
             return true;
     }
     return false;
@@ -195,13 +215,17 @@ void FindRegisteredEntry(SACommand *cmd, InvoiceRow *row)
 {
     CommandScope scope(cmd);
     SACommand query(scope->Connection(),
-                    "SELECT pno_codice, pno_prot FROM admin.pnota1 WHERE pno_reg IN (2, 6) AND pno_cli_for = :codfor AND "
-                    "pno_doc = :numdoc AND pno_data_doc = :data ORDER BY pno_codice DESC");
+                    "SELECT pno_codice, pno_prot FROM admin.pnota1 WHERE (pno_all = :codice AND pno_all_doc = :documento)"
+                    " OR (pno_reg IN (2, 6) AND pno_cli_for = :codfor AND pno_cli_for <> 0 AND pno_doc = :numdoc"
+                    " AND pno_data_doc = :data) ORDER BY pno_codice DESC");
+    query.Param("codice").setAsLong(row->code);
+    query.Param("documento").setAsLong(static_cast<long>(row->document + 1));
     query.Param("codfor").setAsLong(row->supplier);
-    query.Param("numdoc").setAsString(row->number);
+    query.Param("numdoc").setAsString(Text<20>(Trimmed(row->number)));
     query.Param("data").setAsDateTime(ToSqlDate(row->day));
     query.Execute();
     if (!query.FetchNext()) return;
+    row->is_registered = true;
     row->entry = query.Field("pno_codice").asLong();
     row->protocol = query.Field("pno_prot").asLong();
 }
@@ -247,7 +271,7 @@ InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFatture
     row.is_signed = content.Envelope().is_signed;
     row.seller_name = fatturapa::NameOf(seller.Anagrafica);
     row.vat_number = fatturapa::VatNumber(seller.IdFiscaleIVA);
-    row.fiscal_code = seller.CodiceFiscale;
+    row.fiscal_code = NormalisedFiscalCode(seller.CodiceFiscale);
     FORNITORI supplier;
     const bool known = FindSupplierOfRow(cmd, row.vat_number, row.fiscal_code, &supplier);
     row.supplier = supplier.for_codice;
@@ -258,7 +282,7 @@ InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFatture
     row.day = general.Data;
     row.total = fatturapa::TotaleDocumento(body);
     row.is_registered = CheckPNota(cmd, row.supplier, row.number, row.day);
-    if (row.is_registered) FindRegisteredEntry(cmd, &row);
+    FindRegisteredEntry(cmd, &row); // also finds what was registered on a supplier chosen by hand
     row.is_in_warehouse = CheckTestate(cmd, row.supplier, row.number, row.day);
     return row;
 }
@@ -283,26 +307,34 @@ void ForEachInvoice(SACommand *cmd, long first, long last, const std::function<b
                          show);
 }
 
-ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content)
+namespace {
+
+ALLEGATI FiledDocument(SACommand *cmd, long code)
 {
     ALLEGATI filed;
     if (!sqlall.SearchByCode(cmd, code, &filed) || filed.all_tab_tipo != kReceivedInvoices)
         throw SAException(SA_UserGenerated_Error, 20060, fmt::format("La fattura elettronica n. {} non esiste.", code));
+    return filed;
+}
+
+} // namespace
+
+ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content)
+{
+    ALLEGATI filed = FiledDocument(cmd, code);
     content->Load(std::string(AsText(filed.all_data)), filed.all_fname.str());
     return filed;
 }
 
 void ExportInvoiceXml(SACommand *cmd, long code, const std::filesystem::path &file)
 {
-    CFattureElettronicheDB content;
-    const ALLEGATI filed = LoadInvoice(cmd, code, &content);
+    const ALLEGATI filed = FiledDocument(cmd, code);
     WriteFileWhole(file, ExtractInvoiceXml(std::string(AsText(filed.all_data)), filed.all_fname.str()).xml);
 }
 
 void ExportInvoiceP7m(SACommand *cmd, long code, const std::filesystem::path &file)
 {
-    CFattureElettronicheDB content;
-    const ALLEGATI filed = LoadInvoice(cmd, code, &content);
+    const ALLEGATI filed = FiledDocument(cmd, code);
     if (!ToUpper(filed.all_fname.str()).ends_with(".P7M"))
         throw FileError("Impossibile esportare il file!\n\nFormato file non corretto.");
     WriteFileWhole(file, AsText(filed.all_data));
@@ -311,9 +343,7 @@ void ExportInvoiceP7m(SACommand *cmd, long code, const std::filesystem::path &fi
 void DeleteInvoice(SACommand *cmd, long code)
 {
     CommandScope scope(cmd);
-    ALLEGATI filed;
-    if (!sqlall.SearchByCode(scope.get(), code, &filed) || filed.all_tab_tipo != kReceivedInvoices)
-        throw SAException(SA_UserGenerated_Error, 20060, fmt::format("La fattura elettronica n. {} non esiste.", code));
+    ALLEGATI filed = FiledDocument(scope.get(), code);
     sqlall.SqlTransaction(scope.get(), kDelete, &filed);
 }
 

@@ -62,11 +62,11 @@ bool VatCodeFor(SACommand *cmd, const fatturapa::DatiRiepilogoType &row, const R
 }
 
 PNOTA NewEntry(SACommand *cmd, const FORNITORI &supplier, const CAUCONT &causale,
-               const fatturapa::DatiGeneraliDocumentoType &document)
+               const fatturapa::DatiGeneraliDocumentoType &document, long registration_day)
 {
     PNOTA entry;
     sqlpno.Blank(cmd, &entry);
-    entry.pno_data = document.Data;
+    entry.pno_data = registration_day != 0 ? registration_day : document.Data;
     entry.pno_data_doc = document.Data;
     entry.pno_cli_for = supplier.for_codice;
     EnterCausale(cmd, &entry, causale.cac_codice);
@@ -108,6 +108,11 @@ bool PostRounding(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body,
                                             FormatAmount(fatturapa::TotaleDocumento(body)),
                                             FormatAmount(fatturapa::SumOfSummary(body).totale),
                                             FormatAmount(reading.rounding), reading.how);
+    if (reading.is_stamp_duty) { // charged on by the seller: a part of the cost
+        sqlpno.RecalcPNota(cmd, &prepared->entry, 1, difference, 0, 0, 0);
+        prepared->notes.push_back(figures);
+        return true;
+    }
     const AccountKey account =
         difference > 0 ? lumera_db_flag.RoundingExpense() : lumera_db_flag.RoundingIncome();
     PNOTA_RIGA *row = FirstFreeRow(&prepared->entry);
@@ -162,12 +167,26 @@ PNOTA_ALLEGATO AttachmentFrom(const ALLEGATI &filed)
     return file;
 }
 
+/// The names under which the readable document of an invoice file may be filed: "name.XML.PDF", "name.PDF".
+std::vector<std::string> PdfNames(const std::string &file_name)
+{
+    std::string stem = file_name;
+    if (ToUpper(stem).ends_with(".P7M")) stem.resize(stem.size() - 4);
+    std::vector<std::string> names = {file_name + ".PDF", stem + ".PDF"};
+    if (ToUpper(stem).ends_with(".XML")) {
+        stem.resize(stem.size() - 4);
+        names.push_back(stem + ".XML.PDF");
+        names.push_back(stem + ".PDF");
+    }
+    return names;
+}
+
 /// The invoice file, and the readable document when the archive has one: "name.XML.PDF" or "name.PDF".
 void LinkFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry)
 {
     entry->allegati.push_back(AttachmentFrom(filed));
     const std::string name = filed.all_fname.str();
-    for (const std::string &pdf : {name + ".PDF", name.substr(0, name.find('.')) + ".PDF"}) {
+    for (const std::string &pdf : PdfNames(name)) {
         SACommand query(cmd->Connection(), "SELECT all_codice, all_desc, all_fname FROM admin.allegati"
                                            " WHERE all_fname = :name AND all_anno = :anno");
         query.Param("name").setAsString(pdf);
@@ -197,6 +216,18 @@ std::string DifferenceFromDocument(const fatturapa::FatturaElettronicaBody &body
     if (!TestIfZero(tax - sign * totals.imposta))
         return fmt::format("Imposta registrata {}, in fattura {}.", FormatAmount(tax), FormatAmount(totals.imposta));
     return {};
+}
+
+/// The company's own self-invoices come back from the exchange system and are no purchases; amounts in another currency
+/// cannot be booked as euro without the bookkeeper knowing.
+bool IsOrdinaryPurchase(const CFattureElettronicheDB &content, const fatturapa::DatiGeneraliDocumentoType &document, std::string *reason)
+{
+    const std::string seller = fatturapa::VatNumber(content.Header().CedentePrestatore.DatiAnagrafici.IdFiscaleIVA);
+    if (!seller.empty() && seller == lumera_db_impo.dit_piva.str())
+        return Stop(reason, "Il cedente è la ditta stessa: è un'autofattura, da registrare in prima nota.");
+    if (document.Divisa.empty() || document.Divisa == "EUR") return true;
+    *reason = fmt::format("Gli importi del documento sono in {}, non in euro.", document.Divisa);
+    return AfxMessageBox(*reason + "\n\nVuoi Continuare ?", MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
 }
 
 } // namespace
@@ -233,6 +264,7 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     CommandScope scope(cmd);
     const fatturapa::FatturaElettronicaBody &body = content.Documents().at(document);
     const auto &general = body.DatiGenerali.DatiGeneraliDocumento;
+    if (!IsOrdinaryPurchase(content, general, reason)) return false;
     bool is_new = false;
     if (!FindOrCreateSupplier(scope.get(), content.Header().CedentePrestatore, choices, &prepared->supplier, &is_new)) {
         *reason = "Fornitore non individuato.";
@@ -242,9 +274,11 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     CAUCONT causale;
     if (!ChooseCausale(scope.get(), prepared->supplier, causale_code, choices, &causale, reason)) return false;
 
-    prepared->entry = NewEntry(scope.get(), prepared->supplier, causale, general);
+    prepared->entry = NewEntry(scope.get(), prepared->supplier, causale, general, choices.registration_day);
+    prepared->entry.pno_all = filed.all_codice;
+    prepared->entry.pno_all_doc = static_cast<long>(document + 1);
     if (is_new) TakeNewSupplier(prepared->supplier, &prepared->entry);
-    if (lumera_db_flag.flg_fatture_altro_anno == 0 && Year(general.Data) != lumera_db_impo.dit_anno)
+    if (lumera_db_flag.flg_fatture_altro_anno == 0 && Year(prepared->entry.pno_data) != lumera_db_impo.dit_anno)
         return Stop(reason, "Non è possibile contabilizzare il documento nell'anno corrente!");
     if (!FillVatLines(scope.get(), body, choices, &prepared->entry)) {
         *reason = body.DatiBeniServizi.DatiRiepilogo.size() > kVatLines ? "Non è possibile gestire più di 7 aliquote iva!"
@@ -252,7 +286,7 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
         return false;
     }
     const long duplicate = FindDuplicateDocument(scope.get(), prepared->entry, DuplicateYear::OfRegistration);
-    if (!ConfirmDuplicate(duplicate)) {
+    if ((duplicate != 0 && choices.skip_duplicates) || !ConfirmDuplicate(duplicate)) {
         *reason = fmt::format("Già registrata il {}.", FormatDate(duplicate));
         return false;
     }

@@ -15,6 +15,8 @@ struct RegistrationChoices {
     std::function<bool(FORNITORI *prepared)> confirm_supplier;               ///< supplier editor on a new record
     std::function<long(long proposed)> choose_causale;                       ///< causale browser: a code
     std::function<long(const fatturapa::DatiRiepilogoType &row)> choose_vat_code; ///< VAT code browser: a code
+    long registration_day = 0;   ///< 0 = the document's date
+    bool skip_duplicates = false; ///< in a bulk run a document that is already registered is never asked about
 };
 
 /// A body of a filed invoice turned into an entry that is ready to be completed or stored.

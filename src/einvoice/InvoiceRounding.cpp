@@ -29,8 +29,10 @@ TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body)
     if (closes_with(of_document)) reading.how = "arrotondamento del documento, oltre il riepilogo IVA";
     else if (closes_with(of_summary)) reading.how = "arrotondamenti del riepilogo IVA, fuori dall'imponibile";
     else if (closes_with(of_document + of_summary)) reading.how = "arrotondamenti del documento e del riepilogo IVA";
-    else if (closes_with(stamp)) reading.how = "imposta di bollo compresa nel totale";
-    else {
+    else if (closes_with(stamp)) {
+        reading.is_stamp_duty = true;
+        reading.how = "imposta di bollo compresa nel totale";
+    } else {
         reading.closes = false;
         reading.how = "differenza non dichiarata tra totale del documento e riepilogo IVA";
     }

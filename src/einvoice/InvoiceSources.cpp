@@ -16,6 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr zip_int64_t kZipEntriesMax = 20'000;
+/// What an archive may unfold to: a year of a large company's invoices, not a bomb.
+constexpr std::size_t kZipBytesMax = 1'000'000'000;
 
 std::string Extension(std::string_view name)
 {
@@ -78,6 +80,7 @@ bool OfferZip(const fs::path &path, const std::function<bool(const OfferedFile &
     const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
     if (count > kZipEntriesMax)
         return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP contiene troppi file."});
+    std::size_t unfolded = 0;
     for (zip_int64_t i = 0; i < count; ++i) {
         const char *claimed = zip_get_name(archive.get(), static_cast<zip_uint64_t>(i), 0);
         if (claimed == nullptr) continue;
@@ -85,26 +88,40 @@ bool OfferZip(const fs::path &path, const std::function<bool(const OfferedFile &
         if (name.ends_with('/') || name.starts_with("__MACOSX/") || !MayBeInvoice(name)) continue;
         OfferedFile file{fmt::format("{}: {}", path.filename().string(), name), SafeFileName(name), {}, {}};
         ReadMember(archive.get(), static_cast<zip_uint64_t>(i), &file);
+        unfolded += file.bytes.size();
+        if (unfolded > kZipBytesMax)
+            return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP contiene più di 1 GB di dati: dividerlo."});
         if (!each(file)) return false;
     }
     return true;
+}
+
+std::vector<fs::path> FilesBelow(const fs::path &folder)
+{
+    std::vector<fs::path> files;
+    try {
+        for (const auto &item : fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
+            if (item.is_regular_file() && (MayBeInvoice(item.path().filename().string()) || IsZip(item.path())))
+                files.push_back(item.path());
+        }
+    } catch (const fs::filesystem_error &error) {
+        throw FileError(fmt::format("Impossibile leggere la cartella:\n{} ({})", folder.string(), error.code().message()));
+    }
+    return files;
 }
 
 } // namespace
 
 void ForEachOfferedFile(const fs::path &path, const std::function<bool(const OfferedFile &)> &each)
 {
-    if (!fs::exists(path)) throw FileError(fmt::format("Il file o la cartella non esiste:\n{}", path.string()));
+    std::error_code unreadable;
+    if (!fs::exists(path, unreadable)) throw FileError(fmt::format("Il file o la cartella non esiste:\n{}", path.string()));
     if (!fs::is_directory(path)) {
         if (IsZip(path)) OfferZip(path, each);
         else OfferFile(path, each);
         return;
     }
-    std::vector<fs::path> files;
-    for (const auto &item : fs::recursive_directory_iterator(path, fs::directory_options::skip_permission_denied)) {
-        if (item.is_regular_file() && (MayBeInvoice(item.path().filename().string()) || IsZip(item.path())))
-            files.push_back(item.path());
-    }
+    std::vector<fs::path> files = FilesBelow(path);
     std::sort(files.begin(), files.end());
     for (const fs::path &file : files) {
         if (!(IsZip(file) ? OfferZip(file, each) : OfferFile(file, each))) return;

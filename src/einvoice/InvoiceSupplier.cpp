@@ -52,7 +52,7 @@ FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller)
     supplier.for_citta = seller.Sede.Comune;
     supplier.for_prov = seller.Sede.Provincia;
     supplier.for_piva = fatturapa::VatNumber(seller.DatiAnagrafici.IdFiscaleIVA);
-    supplier.for_codfis = seller.DatiAnagrafici.CodiceFiscale;
+    supplier.for_codfis = NormalisedFiscalCode(seller.DatiAnagrafici.CodiceFiscale);
     supplier.for_telefono = seller.Contatti.Telefono;
     supplier.for_email = seller.Contatti.Email;
     if (!seller.IscrizioneREA.NumeroREA.empty())
@@ -73,7 +73,7 @@ bool FindOrCreateSupplier(SACommand *cmd, const fatturapa::PartyType &seller, co
     if (code == 0)
         code = SupplierBy(scope.get(),
                           "SELECT for_codice FROM admin.fornito1 WHERE for_codfis = :codfis ORDER BY for_codice DESC",
-                          "codfis", seller.DatiAnagrafici.CodiceFiscale);
+                          "codfis", NormalisedFiscalCode(seller.DatiAnagrafici.CodiceFiscale));
     if (code == 0) {
         const int answer = AfxMessageBox(kSupplierNotFound, MB_YESNOCANCEL | MB_ICONQUESTION | MB_DEFBUTTON3);
         if (answer == IDCANCEL) return false;

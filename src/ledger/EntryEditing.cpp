@@ -87,6 +87,7 @@ void EnterCausale(SACommand *cmd, PNOTA *entry, long code)
     entry->pno_iva_sosp = causale.cac_iva_sosp;
     if (causale.cac_sez != 0) entry->pno_sez = causale.cac_sez;
     entry->pno_des_cau = causale.cac_desc;
+    entry->pno_prot_fisso = 0; // what was fixed was a protocol of another register
     RenumberProtocol(scope.get(), entry);
     entry->iva = {};
 
@@ -130,7 +131,7 @@ void EnterCausaleDescription(PNOTA *entry, std::string_view text)
 void EnterDocumentNumber(PNOTA *entry, std::string_view number)
 {
     const Text<20> previous = entry->pno_doc;
-    entry->pno_doc = number;
+    entry->pno_doc = Trimmed(number);
     for (PNOTA_RIGA &row : entry->righe) {
         if (!row.InUse() || row.row_cau != entry->pno_cau) continue;
         if (row.row_n_doc.empty() || row.row_n_doc == previous) row.row_n_doc = entry->pno_doc;
@@ -187,7 +188,9 @@ void LeaveRowAmount(SACommand *cmd, PNOTA *entry, std::size_t row)
     // Before 2002 the books were in lire, which have no cents.
     const int decimals = lumera_db_impo.dit_anno < 2002 ? 0 : 2;
     PNOTA_RIGA &target = entry->righe[row];
-    if (!target.InUse() || !TestIfZero(target.row_importo, decimals) || TestIfZero(entry->pno_tot_squ, decimals)) return;
+    if (!target.InUse()) return;
+    sqlpno.Squadratura(cmd, entry); // an amount typed in another row has changed it
+    if (!TestIfZero(target.row_importo, decimals) || TestIfZero(entry->pno_tot_squ, decimals)) return;
     target.row_importo = std::fabs(entry->pno_tot_squ);
     sqlpno.Squadratura(cmd, entry);
 }

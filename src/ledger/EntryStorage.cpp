@@ -8,6 +8,7 @@
 #include "tarvolumera/PSQLpno.h"
 #include "tarvolumera/PSQLrow.h"
 #include "tarvolumera/PaymentTerms.h"
+#include "tarvolumera/Protocols.h"
 
 #include <fmt/format.h>
 #include <fmt/printf.h>
@@ -19,18 +20,32 @@ StoreOutcome Refused(EntryFault fault, std::string reason)
     return {false, fault, std::move(reason)};
 }
 
-/// A row on an account that does not exist would only meet the foreign key, whose words help nobody.
-std::string MissingReference(SACommand *cmd, const PNOTA &entry, long new_counterpart)
+bool CounterpartExists(SACommand *cmd, const PNOTA &entry)
 {
+    if (entry.pno_rel == kCustomer) {
+        CLIENTI customer;
+        return sqlcli.Search(cmd, entry.pno_cli_for, &customer);
+    }
+    FORNITORI supplier;
+    return sqlfor.Search(cmd, entry.pno_cli_for, &supplier);
+}
+
+/// A row on an account that does not exist would only meet the foreign key, whose words help nobody.
+StoreOutcome MissingReference(SACommand *cmd, const PNOTA &entry, long new_counterpart)
+{
+    if (entry.pno_rel != kNoCounterpart && entry.pno_cli_for != new_counterpart && !CounterpartExists(cmd, entry))
+        return Refused({EntryField::Counterpart}, fmt::format("Il {} {} non esiste.", entry.pno_rel == kCustomer ? "cliente" : "fornitore",
+                                                              entry.pno_cli_for));
     for (std::size_t i = 0; i < kEntryRows; ++i) {
         const PNOTA_RIGA &row = entry.righe[i];
         if (!row.InUse()) continue;
         const bool on_new = new_counterpart != 0 && row.row_sot == new_counterpart &&
                             MasterRelation(lumera_db_impo, row.row_mas) == entry.pno_rel;
         if (!on_new && !AccountExists(cmd, row.Account()))
-            return fmt::format("Riga n. {}: il conto {}.{}.{} non esiste.", i + 1, row.row_mas, row.row_con, row.row_sot);
+            return Refused({EntryField::RowSubAccount, i}, fmt::format("Riga n. {}: il conto {}.{}.{} non esiste.", i + 1,
+                                                                       row.row_mas, row.row_con, row.row_sot));
     }
-    return {};
+    return {true, {}, {}};
 }
 
 bool ClosedYearAccepted(SACommand *cmd, const PNOTA &entry)
@@ -50,17 +65,35 @@ std::string CostCentreFault(SACommand *cmd, PNOTA *entry)
 
 } // namespace
 
+namespace {
+
+/// Entries with the same register, counterpart and number in the year of the document.
+long CountDuplicates(SACommand *cmd, const PNOTA &entry)
+{
+    if (entry.pno_doc.empty() || entry.pno_data_doc == 0) return 0;
+    SACommand query(cmd->Connection(), "SELECT COUNT(*) AS numrec FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf"
+                                       " AND pno_doc = :numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno");
+    query.Param("reg").setAsLong(entry.pno_reg);
+    query.Param("codclf").setAsLong(entry.pno_cli_for);
+    query.Param("numdoc").setAsString(Trimmed(entry.pno_doc));
+    query.Param("anno").setAsLong(Year(entry.pno_data_doc));
+    query.Execute();
+    query.FetchNext();
+    return query.Field("numrec").asLong();
+}
+
+} // namespace
+
 StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
                         const StoreTogether &together)
 {
     if (entry->pno_codice == 0) return Refused({}, "Numero di movimento mancante.");
     CommandScope scope(cmd);
     if (const EntryFault fault = ValidateEntry(scope.get(), entry)) return Refused(fault, DescribeFault(fault));
-    if (const std::string missing = MissingReference(scope.get(), *entry, together.new_counterpart);
-        !missing.empty()) {
+    if (const StoreOutcome missing = MissingReference(scope.get(), *entry, together.new_counterpart); !missing.stored) {
         BeepRefused();
-        AfxMessageBox(missing, MB_OK | MB_ICONSTOP);
-        return Refused({}, missing);
+        AfxMessageBox(missing.reason, MB_OK | MB_ICONSTOP);
+        return missing;
     }
     if (entry->pno_trasf != 0) {
         BeepRefused();
@@ -68,6 +101,7 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
                       "e segnalarle.",
                       MB_OK | MB_ICONEXCLAMATION);
     }
+    const long duplicates = is_new ? CountDuplicates(scope.get(), *entry) : 0;
     if (is_new && entry->pno_data_doc != 0 &&
         !ConfirmDuplicate(FindDuplicateDocument(scope.get(), *entry, DuplicateYear::OfDocument)))
         return Refused({}, "Documento già registrato.");
@@ -78,13 +112,16 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
     }
 
     SATransaction transaction(scope.get());
+    LockNumbers(scope.get(), NumberSeries::Journal);
+    if (is_new && CountDuplicates(scope.get(), *entry) > duplicates) // nobody was asked about this one
+        return Refused({}, "Il documento è stato registrato in questo momento da un'altra stazione.");
     auto stored = std::make_unique<PNOTA>(*entry);
     if (together.before) together.before(scope.get());
     sqlpno.SqlTransaction(scope.get(), is_new ? kInsert : kUpdate, stored.get());
     if (together.after) together.after(scope.get(), *stored);
+    sqlpno.Reload(scope.get(), stored.get(), true); // before the commit: once that is done nothing may fail any more
     transaction.Commit();
     *entry = std::move(*stored);
-    sqlpno.Reload(scope.get(), entry, true);
     return {true, {}, {}};
 }
 
@@ -120,6 +157,12 @@ bool ConfirmDuplicate(long registered_on)
 void DeleteEntry(SACommand *cmd, PNOTA *entry)
 {
     sqlpno.SqlTransaction(cmd, kDelete, entry);
+}
+
+bool OffersAttachments(SACommand *cmd, const PNOTA &entry)
+{
+    CAUCONT causale;
+    return sqlcac.Search(cmd, entry.pno_cau, &causale) && causale.cac_allegati != 0;
 }
 
 bool OffersImmediatePayment(SACommand *cmd, const PNOTA &entry)

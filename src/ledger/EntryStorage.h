@@ -40,6 +40,9 @@ bool ConfirmDuplicate(long registered_on);
 /// @throws SAException when another station changed it, or instalments of it are paid
 void DeleteEntry(SACommand *cmd, PNOTA *entry);
 
+/// Whether the causale of a stored entry asks for attachments.
+bool OffersAttachments(SACommand *cmd, const PNOTA &entry);
+
 /// Whether the payment of a stored purchase may be registered at once, by its terms and the company's payment causale.
 bool OffersImmediatePayment(SACommand *cmd, const PNOTA &entry);
 

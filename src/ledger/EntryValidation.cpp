@@ -19,14 +19,17 @@ bool Ask(const char *text)
 }
 
 /// The year of the registration: outside the fiscal year only where the company allows it, and after a question.
-bool YearAccepted(const PNOTA &entry)
+/// @param told  set when the refusal has beeped and was shown
+bool YearAccepted(const PNOTA &entry, bool *told)
 {
     const int year = Year(entry.pno_data);
     const bool outside = year != lumera_db_impo.dit_anno;
     if (lumera_db_impo.dit_fuori_anno != 0 && year >= kFirstYear)
         return !outside || Ask("Data esterna all' esercizio corrente !\n\nVuoi Continuare ?");
     if (lumera_db_impo.dit_fuori_anno == 0 && !outside) return true;
-    DBISAM(kDateOutsideYear, "EntryValidation:YearAccepted");
+    Beep(1000, 10);
+    DBISAM(kDateOutsideYear, LUMERA_TAG);
+    *told = true;
     return false;
 }
 
@@ -61,12 +64,12 @@ EntryFault CheckRows(const PNOTA &entry)
     return {};
 }
 
-EntryFault Check(SACommand *cmd, PNOTA *entry)
+EntryFault Check(SACommand *cmd, PNOTA *entry, bool *told)
 {
     if (entry->pno_cau == 0) return {EntryField::Causale};
     if (entry->pno_sez == 0) return {EntryField::Section};
     if (entry->pno_data == 0 || entry->pno_data < entry->pno_data_doc) return {EntryField::Date};
-    if (!YearAccepted(*entry)) return {EntryField::Date};
+    if (!YearAccepted(*entry, told)) return {EntryField::Date};
     if ((entry->pno_rel == kCustomer || entry->pno_rel == kSupplier) && entry->pno_cli_for == 0)
         return {EntryField::Counterpart};
     if (!CustomerAccepted(cmd, *entry)) return {EntryField::Counterpart};
@@ -74,7 +77,8 @@ EntryFault Check(SACommand *cmd, PNOTA *entry)
     if (const EntryFault fault = CheckRows(*entry)) return fault;
     if (sqlpno.Squadratura(cmd, entry)) {
         Beep(1000, 10);
-        if (DBISAM(kUnbalanced, "EntryValidation:Check", MB_YESNO | MB_ICONSTOP | MB_DEFBUTTON2) != IDYES)
+        *told = true;
+        if (DBISAM(kUnbalanced, LUMERA_TAG, MB_YESNO | MB_ICONSTOP | MB_DEFBUTTON2) != IDYES)
             return {EntryField::Balance};
     }
     return {};
@@ -85,8 +89,9 @@ EntryFault Check(SACommand *cmd, PNOTA *entry)
 EntryFault ValidateEntry(SACommand *cmd, PNOTA *entry)
 {
     CommandScope scope(cmd);
-    const EntryFault fault = Check(scope.get(), entry);
-    if (fault && fault.field != EntryField::Balance) Beep(1000, 10);
+    bool told = false;
+    const EntryFault fault = Check(scope.get(), entry, &told);
+    if (fault && !told) Beep(1000, 10);
     return fault;
 }
 

@@ -68,7 +68,7 @@ void EnterVatCode(SACommand *cmd, PNOTA *entry, std::size_t line, long code)
     sqliva.Search(cmd, code, &record);
     PNOTA_IVA &target = entry->iva.at(line);
     switch (TreatmentOf(entry->pno_reg, record.iva_tip)) {
-    case VatTreatment::Untouched: return;
+    case VatTreatment::Untouched: break;
     case VatTreatment::Cleared: {
         const double tax = target.imposta; // recomputed below, except in register 7, which leaves it alone
         target = PNOTA_IVA{};

@@ -10,7 +10,7 @@
 void ComputeVatLine(SACommand *cmd, PNOTA *entry, std::size_t line);
 
 /// Completes a line from the VAT code typed into it: what the register does not admit is cleared. Then computes the line.
-/// A register outside 1 to 7 leaves the line as it was.
+/// A register outside 1 to 7 takes nothing from the code.
 void EnterVatCode(SACommand *cmd, PNOTA *entry, std::size_t line, long code);
 
 /// What a register makes of a kind of VAT code.

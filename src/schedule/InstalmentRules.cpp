@@ -10,6 +10,9 @@ namespace {
 constexpr std::array<std::string_view, 12> kMonths = {"GENNAIO", "FEBBRAIO", "MARZO",     "APRILE",  "MAGGIO",   "GIUGNO",
                                                       "LUGLIO",  "AGOSTO",   "SETTEMBRE", "OTTOBRE", "NOVEMBRE", "DICEMBRE"};
 
+/// More than the generator's grid holds is a mistake in the terms.
+constexpr long kInstalmentsMax = 60;
+
 /// Terms without an interval would never leave an excluded month: a commercial month then serves as the step.
 constexpr long kCommercialMonth = 30;
 
@@ -44,7 +47,7 @@ std::array<int, 3> ExcludedMonths(const PAGAMENTI &terms)
 std::vector<double> SplitTotal(const PAGAMENTI &terms, double total, double vat)
 {
     long count = terms.pag_num_rate;
-    if (TestIfZero(total) || count <= 0) return {};
+    if (TestIfZero(total) || count <= 0 || count > kInstalmentsMax) return {};
     if (terms.pag_iva_separata != 0) ++count;
 
     double rate = 0, first = 0;
@@ -77,7 +80,10 @@ std::vector<long> DueDays(const PAGAMENTI &terms, long start_day, std::size_t co
     long day = start_day;
     for (long &due : days) {
         day = AdaptData(&terms, day);
-        while (is_excluded(day)) day = AdaptData(&terms, day + step);
+        while (is_excluded(day)) {
+            const long adapted = AdaptData(&terms, day + step);
+            day = adapted > day ? adapted : day + step; // short steps out of February would be put back to its end for ever
+        }
         due = day;
         day += terms.pag_gg_int;
     }

@@ -58,7 +58,7 @@ SCADENZE CommonFields(SACommand *cmd, const PNOTA &entry, const InstalmentPropos
     record.sca_pag = terms.pag_codice;
     record.sca_tipo_pag = terms.pag_tipo_pag;
     record.sca_sez = entry.pno_sez;
-    record.sca_tot_fat = proposal.total;
+    record.sca_tot_fat = entry.pno_tot_doc;
     record.sca_fattura = entry.pno_doc;
     record.sca_desc = proposal.description;
     record.sca_ban = proposal.bank;
@@ -113,6 +113,8 @@ long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentPropos
     CommandScope scope(cmd);
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Schedule);
+    if (sqlsca.CountOf(scope.get(), entry.pno_codice) > 0)
+        throw SAException(SA_UserGenerated_Error, 20064, fmt::format("Le scadenze del movimento n. {} sono già state generate.", entry.pno_codice));
     CTarvoProgressDlg progress;
     progress.SetStatus("Generazione Scadenze in Corso...");
     progress.SetRange(0, static_cast<long>(rows.size()));

@@ -16,6 +16,8 @@ CPSQLpni sqlpni;
 
 namespace {
 
+constexpr const char *kNextCoHolder = "SELECT COALESCE(MAX(coi_codice),0) AS codice FROM admin.pnotacoi";
+
 long NextOf(SACommand *cmd, const std::string &text)
 {
     SACommand query(cmd->Connection(), text);
@@ -38,6 +40,29 @@ std::string LightColumns(const TableDescription &description)
 std::string LightSelect(const TableDescription &description)
 {
     return "SELECT " + LightColumns(description) + " FROM " + description.Table();
+}
+
+/// Every column but the keys and the bytes, by the keys.
+std::string LightUpdate(const TableDescription &description)
+{
+    std::string assignments, keys;
+    for (const ColumnDescription &column : description.Columns()) {
+        if (column.kind == ColumnKind::Bytes) continue;
+        std::string &list = (column.flags & kKey) != 0 ? keys : assignments;
+        if (!list.empty()) list += (column.flags & kKey) != 0 ? " AND " : ", ";
+        list += std::string(column.name) + " = :" + column.name;
+    }
+    return "UPDATE " + description.Table() + " SET " + assignments + " WHERE " + keys;
+}
+
+void UpdateWithoutBytes(SACommand *cmd, const TableDescription &description, const void *record)
+{
+    SACommand update(cmd->Connection(), LightUpdate(description));
+    description.Bind(&update, record);
+    update.Execute();
+    if (update.RowsAffected() == 0)
+        throw SAException(SA_UserGenerated_Error, 20060, "Il documento non esiste più: è stato eliminato da un'altra stazione.",
+                          SAFault::Changed);
 }
 
 } // namespace
@@ -85,6 +110,17 @@ void CPSQLall::Store(SACommand *cmd, ALLEGATI *record) const
     transaction.Commit();
 }
 
+void CPSQLall::SqlTransaction(SACommand *cmd, int operation, ALLEGATI *record) const
+{
+    CommandScope scope(cmd);
+    if (operation == kInsert) return Store(scope.get(), record);
+    if (operation == kDelete) return Transact(scope.get(), kDelete, record);
+    record->all_last_update = CurrentMoment();
+    if (record->all_data.empty()) return UpdateWithoutBytes(scope.get(), Description(), record);
+    record->all_bytes_size = static_cast<long>(record->all_data.size());
+    Transact(scope.get(), kUpdate, record);
+}
+
 void CPSQLall::ForEachOfKind(SACommand *cmd, long kind, const SADateTime &first, const SADateTime &stop,
                              const std::function<bool(const ALLEGATI &)> &each) const
 {
@@ -116,7 +152,7 @@ bool CPSQLall::SearchByContent(SACommand *cmd, long kind, std::string_view diges
 }
 
 CPSQLpat::CPSQLpat()
-    : CTable({"pnotaall",
+    : CCodeTable({"pnotaall",
               {LUMERA_COLUMN(PNOTA_ALLEGATO, pat_codice, kKey), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_pno),
                LUMERA_PLAIN(PNOTA_ALLEGATO, pat_desc), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_fname),
                LUMERA_PLAIN(PNOTA_ALLEGATO, pat_user), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_bytes_size),
@@ -139,6 +175,17 @@ void CPSQLpat::Store(SACommand *cmd, PNOTA_ALLEGATO *record) const
     transaction.Commit();
 }
 
+void CPSQLpat::SqlTransaction(SACommand *cmd, int operation, PNOTA_ALLEGATO *record) const
+{
+    CommandScope scope(cmd);
+    if (operation == kInsert) return Store(scope.get(), record);
+    if (operation == kDelete) return Transact(scope.get(), kDelete, record);
+    record->pat_last_update = CurrentMoment();
+    if (record->pat_data.empty()) return UpdateWithoutBytes(scope.get(), Description(), record);
+    record->pat_bytes_size = static_cast<long>(record->pat_data.size());
+    Transact(scope.get(), kUpdate, record);
+}
+
 std::vector<PNOTA_ALLEGATO> CPSQLpat::ListOf(SACommand *cmd, long entry) const
 {
     CommandScope scope(cmd);
@@ -151,7 +198,7 @@ std::vector<PNOTA_ALLEGATO> CPSQLpat::ListOf(SACommand *cmd, long entry) const
 }
 
 CPSQLcoi::CPSQLcoi()
-    : CTable({"pnotacoi",
+    : CCodeTable({"pnotacoi",
               {LUMERA_COLUMN(COINTESTATARI, coi_codice, kKey), LUMERA_PLAIN(COINTESTATARI, coi_pno),
                LUMERA_DATE(COINTESTATARI, coi_data), LUMERA_PLAIN(COINTESTATARI, coi_rel),
                LUMERA_PLAIN(COINTESTATARI, coi_cli_for), LUMERA_PLAIN(COINTESTATARI, coi_importo)}})
@@ -162,7 +209,18 @@ void CPSQLcoi::Blank(SACommand *cmd, COINTESTATARI *record) const
 {
     CommandScope scope(cmd);
     *record = COINTESTATARI{};
-    record->coi_codice = NextOf(scope.get(), "SELECT COALESCE(MAX(coi_codice),0) AS codice FROM admin.pnotacoi");
+    record->coi_codice = NextOf(scope.get(), kNextCoHolder);
+}
+
+void CPSQLcoi::SqlTransaction(SACommand *cmd, int operation, COINTESTATARI *record) const
+{
+    CommandScope scope(cmd);
+    if (operation != kInsert) return CTable::SqlTransaction(scope.get(), operation, record);
+    SATransaction transaction(scope.get());
+    LockNumbers(scope.get(), NumberSeries::Journal);
+    record->coi_codice = NextOf(scope.get(), kNextCoHolder);
+    CTable::SqlTransaction(scope.get(), kInsert, record);
+    transaction.Commit();
 }
 
 CPSQLcor::CPSQLcor()
@@ -170,6 +228,16 @@ CPSQLcor::CPSQLcor()
               {DateColumn<&CORRISPETTIVI::cor_data>("cor_data", kKey), LUMERA_COLUMN(CORRISPETTIVI, cor_sez, kKey),
                LUMERA_CODE(CORRISPETTIVI, cor_pno), LUMERA_PLAIN(CORRISPETTIVI, cor_importo)}})
 {
+}
+
+bool CPSQLcor::Search(SACommand *cmd, long date, long section, CORRISPETTIVI *record, bool) const
+{
+    *record = CORRISPETTIVI{};
+    record->cor_data = date;
+    record->cor_sez = section;
+    const bool found = SearchByKeys(cmd, record);
+    if (!found) *record = CORRISPETTIVI{};
+    return found;
 }
 
 CPSQLpni::CPSQLpni()

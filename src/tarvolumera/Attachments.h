@@ -45,6 +45,8 @@ struct PNOTA_IMMAGINE {
 class CPSQLall : public CTable<ALLEGATI> {
   public:
     CPSQLall();
+    /// Inserts as Store does. An update of a record without bytes, as lists give it, leaves the stored bytes alone.
+    void SqlTransaction(SACommand *cmd, int operation, ALLEGATI *record) const override;
     bool Search(SACommand *cmd, long year, long code, ALLEGATI *record, bool = false) const;
     /// By number alone: numbers do not repeat between years.
     bool SearchByCode(SACommand *cmd, long code, ALLEGATI *record) const;
@@ -58,25 +60,30 @@ class CPSQLall : public CTable<ALLEGATI> {
     bool SearchByContent(SACommand *cmd, long kind, std::string_view digest, ALLEGATI *record) const;
 };
 
-class CPSQLpat : public CTable<PNOTA_ALLEGATO> {
+class CPSQLpat : public CCodeTable<PNOTA_ALLEGATO, &PNOTA_ALLEGATO::pat_codice> {
   public:
     CPSQLpat();
+    /// Inserts as Store does. An update of a record without bytes, as lists give it, leaves the stored bytes alone.
+    void SqlTransaction(SACommand *cmd, int operation, PNOTA_ALLEGATO *record) const override;
     /// Attaches a file to its entry (pat_pno) under the next free number. Sets number, size, user and times.
     void Store(SACommand *cmd, PNOTA_ALLEGATO *record) const;
     /// The files of an entry without their bytes, in the order of their numbers.
     std::vector<PNOTA_ALLEGATO> ListOf(SACommand *cmd, long entry) const;
 };
 
-class CPSQLcoi : public CTable<COINTESTATARI> {
+class CPSQLcoi : public CCodeTable<COINTESTATARI, &COINTESTATARI::coi_codice> {
   public:
     CPSQLcoi();
     /// Proposes the next number.
     void Blank(SACommand *cmd, COINTESTATARI *record) const override;
+    /// Inserts under the next free number, whatever was proposed.
+    void SqlTransaction(SACommand *cmd, int operation, COINTESTATARI *record) const override;
 };
 
 class CPSQLcor : public CTable<CORRISPETTIVI> {
   public:
     CPSQLcor();
+    bool Search(SACommand *cmd, long date, long section, CORRISPETTIVI *record, bool = false) const;
 };
 
 class CPSQLpni : public CCodeTable<PNOTA_IMMAGINE, &PNOTA_IMMAGINE::pni_codice> {

@@ -9,7 +9,7 @@ struct CAUCONT_RIGA {
     long car_cau = 0, car_idx = 0;
     long car_mas = 0, car_con = 0, car_sot = 0;
     long car_tipo = 2; ///< 0 Dare, 1 Avere, anything else leaves the side to the user
-    long car_auto = 1; ///< 1 = the amount follows VAT lines and document total ("SI")
+    long car_auto = 0; ///< 1 = the amount follows VAT lines and document total ("SI")
 };
 
 /// A causale (transaction type, admin.caucont1) with its up to twenty template rows.

@@ -95,3 +95,19 @@ std::string CompanyLine()
     return fmt::sprintf("Ditta : %05ld %-s  P.IVA %-s", lumera_db_impo.dit_codice, lumera_db_impo.dit_desc.str(),
                         lumera_db_impo.dit_piva.str());
 }
+
+std::string CompanyTitle()
+{
+    return fmt::sprintf("Ditta : %05ld %-s", lumera_db_impo.dit_codice, lumera_db_impo.dit_desc.str());
+}
+
+std::string CompanyTitle(std::string_view section_name)
+{
+    return fmt::sprintf("Ditta : %05ld %-s - Sez. %-s", lumera_db_impo.dit_codice, lumera_db_impo.dit_desc.str(),
+                        std::string(section_name));
+}
+
+std::filesystem::path CompanyLogo()
+{
+    return lumera_db_folder / "template" / fmt::sprintf("dit%05ld.bmp", lumera_db_impo.dit_codice);
+}

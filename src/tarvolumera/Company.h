@@ -94,5 +94,10 @@ std::filesystem::path ArchiveFile(const std::filesystem::path &folder);
 /// A sub-folder of the company's data folder ("out", "tmp", "log"), created when missing.
 std::filesystem::path CompanyFolder(const char *name);
 
-/// "Ditta : %05ld %-s  P.IVA %-s" of the current company: the line of reports and window titles.
-std::string CompanyLine();
+// The lines of reports and window titles about the current company.
+std::string CompanyLine();                               ///< "Ditta : %05ld %-s  P.IVA %-s"
+std::string CompanyTitle();                              ///< "Ditta : %05ld %-s"
+std::string CompanyTitle(std::string_view section_name); ///< "Ditta : %05ld %-s - Sez. %-s"
+
+/// The company's logo: "<folder>/template/dit%05ld.bmp".
+std::filesystem::path CompanyLogo();

@@ -98,28 +98,44 @@ std::string BrowseText(JournalOrder order, bool backwards, const std::string &co
     return "SELECT pno_codice FROM (SELECT * FROM admin.pnota1 WHERE " + bound + ") AS pnota1" + condition;
 }
 
+/// The engines disagree on which end of an order NULL stands, so entries without document date are left out of theirs.
+std::string EndText(JournalOrder order)
+{
+    return order == kByDocumentDate ? "SELECT pno_codice FROM (SELECT * FROM admin.pnota1 WHERE pno_data_doc IS NOT NULL) AS pnota1"
+                                    : "SELECT pno_codice FROM admin.pnota1";
+}
+
 } // namespace
+
+void CPSQLpno::SetIndex(int index)
+{
+    if (index < 0 || index >= kJournalOrders)
+        throw SAException(SA_Library_Error, 0, "Ordine di scorrimento inesistente.");
+    CTable::SetIndex(index);
+}
 
 bool CPSQLpno::Next(SACommand *cmd, PNOTA *entry) const
 {
     const auto order = static_cast<JournalOrder>(GetIndex());
+    if (order == kByDocumentDate && entry->pno_data_doc == 0) return First(cmd, entry);
     return Browse(cmd, entry, BrowseText(order, false, NextCondition(order)), true);
 }
 
 bool CPSQLpno::Previous(SACommand *cmd, PNOTA *entry) const
 {
     const auto order = static_cast<JournalOrder>(GetIndex());
+    if (order == kByDocumentDate && entry->pno_data_doc == 0) return Last(cmd, entry);
     return Browse(cmd, entry, BrowseText(order, true, PreviousCondition(order)), true);
 }
 
 bool CPSQLpno::First(SACommand *cmd, PNOTA *entry) const
 {
-    return Browse(cmd, entry, "SELECT pno_codice FROM admin.pnota1" + OrderBy(static_cast<JournalOrder>(GetIndex()), false),
-                  false);
+    const auto order = static_cast<JournalOrder>(GetIndex());
+    return Browse(cmd, entry, EndText(order) + OrderBy(order, false), false);
 }
 
 bool CPSQLpno::Last(SACommand *cmd, PNOTA *entry) const
 {
-    return Browse(cmd, entry, "SELECT pno_codice FROM admin.pnota1" + OrderBy(static_cast<JournalOrder>(GetIndex()), true),
-                  false);
+    const auto order = static_cast<JournalOrder>(GetIndex());
+    return Browse(cmd, entry, EndText(order) + OrderBy(order, true), false);
 }

@@ -16,9 +16,9 @@ const char *RegisterName(long vat_register)
     }
 }
 
-Text<60> PadDocumentNumber(std::string_view number)
+Text<220> PadDocumentNumber(std::string_view number)
 {
-    constexpr std::size_t kDigits = 10;
+    constexpr std::size_t kDigits = 20;
     const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
     std::string padded;
     for (std::size_t i = 0; i < number.size();) {

@@ -85,7 +85,7 @@ struct PNOTA {
     Text<30> pno_des_cau;
     Text<80> pno_desc;
     Text<20> pno_doc;
-    Text<60> pno_paddoc; ///< document number in a form that sorts numerically; set when stored
+    Text<220> pno_paddoc; ///< document number in a form that sorts numerically; set when stored
     long pno_data_doc = 0;
     long pno_rel = kNoCounterpart, pno_cli_for = 0;
     long pno_sez = 0, pno_reg = 0;
@@ -103,6 +103,7 @@ struct PNOTA {
     long pno_operazione = kOrdinary;
     long pno_verifica = 0, pno_trasf = 0, pno_split_payment = 0, pno_esc_spesometro = 0;
     long pno_agr = 0;
+    long pno_all = 0, pno_all_doc = 0; ///< received invoice it registers: number of the filed document, body from 1
     Text<40> pno_utente;
     SADateTime pno_creato, pno_aggiornato;
     long pno_revisione = 0; ///< counts the updates, so that a station notices that another one was quicker
@@ -115,5 +116,5 @@ struct PNOTA {
     Text<30> des_pag;    ///< description of the terms, not stored
 };
 
-/// A document number in a form that sorts numerically: every run of digits padded with zeros to ten.
-Text<60> PadDocumentNumber(std::string_view number);
+/// A document number in a form that sorts numerically: every run of digits padded with zeros to twenty.
+Text<220> PadDocumentNumber(std::string_view number);

@@ -14,28 +14,6 @@ bool IsReverseCharge(long kind)
     return kind == kVatReverseChargeOwn || kind == kVatReverseCharge;
 }
 
-void RecalcVatTotals(PNOTA *entry, const TotalsAdjustment &adjustment)
-{
-    long long taxable = 0, tax = 0, exempt = 0, non_taxable = 0, outside = 0;
-    for (const PNOTA_IVA &line : entry->iva) {
-        tax += ToCents(line.imposta);
-        switch (line.tip) {
-        case kVatExempt: exempt += ToCents(line.impo); break;
-        case kVatNonTaxable:
-        case kVatDeclarationOfIntent: non_taxable += ToCents(line.impo); break;
-        case kVatNotSubject:
-        case kVatOutsideField:
-        case kVatExcluded: outside += ToCents(line.impo); break;
-        default: taxable += ToCents(line.impo); break;
-        }
-    }
-    entry->pno_tot_imp = FromCents(taxable + ToCents(adjustment.taxable));
-    entry->pno_tot_iva = FromCents(tax + ToCents(adjustment.tax));
-    entry->pno_tot_esente = FromCents(exempt);
-    entry->pno_tot_non_imp = FromCents(non_taxable + ToCents(adjustment.non_taxable));
-    entry->pno_tot_non_82 = FromCents(outside);
-}
-
 /// Tax of the lines for the row on the purchase VAT account. In a sales register only what the seller himself must
 /// account for in reverse charge is met there.
 double PurchaseVat(const PNOTA &entry)
@@ -116,6 +94,28 @@ void RecalcAutomaticRows(PNOTA *entry, const DITTE &company, const FLAG &setting
 }
 
 } // namespace
+
+void RecalcVatTotals(PNOTA *entry, const TotalsAdjustment &adjustment)
+{
+    long long taxable = 0, tax = 0, exempt = 0, non_taxable = 0, outside = 0;
+    for (const PNOTA_IVA &line : entry->iva) {
+        tax += ToCents(line.imposta);
+        switch (line.tip) {
+        case kVatExempt: exempt += ToCents(line.impo); break;
+        case kVatNonTaxable:
+        case kVatDeclarationOfIntent: non_taxable += ToCents(line.impo); break;
+        case kVatNotSubject:
+        case kVatOutsideField:
+        case kVatExcluded: outside += ToCents(line.impo); break;
+        default: taxable += ToCents(line.impo); break;
+        }
+    }
+    entry->pno_tot_imp = FromCents(taxable + ToCents(adjustment.taxable));
+    entry->pno_tot_iva = FromCents(tax + ToCents(adjustment.tax));
+    entry->pno_tot_esente = FromCents(exempt);
+    entry->pno_tot_non_imp = FromCents(non_taxable + ToCents(adjustment.non_taxable));
+    entry->pno_tot_non_82 = FromCents(outside);
+}
 
 double OwedForLine(const PNOTA_IVA &line)
 {

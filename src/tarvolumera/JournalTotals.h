@@ -24,6 +24,9 @@ inline constexpr int kVatLinesChanged = 1;
 /// automatic rows follow that in both modes.
 void RecalcTotals(PNOTA *entry, const DITTE &company, const FLAG &settings, int mode, const TotalsAdjustment &adjustment = {});
 
+/// Recomputes the five totals by kind of VAT code from the lines.
+void RecalcVatTotals(PNOTA *entry, const TotalsAdjustment &adjustment = {});
+
 /// Recomputes Dare, Avere and the imbalance from the rows. True when they differ.
 bool Squadratura(PNOTA *entry);
 

@@ -49,7 +49,8 @@ TableDescription JournalDescription()
              LUMERA_PLAIN(PNOTA, pno_avere), LUMERA_PLAIN(PNOTA, pno_tot_squ), LUMERA_PLAIN(PNOTA, pno_operazione),
              LUMERA_PLAIN(PNOTA, pno_verifica), LUMERA_PLAIN(PNOTA, pno_trasf),
              LUMERA_PLAIN(PNOTA, pno_split_payment), LUMERA_PLAIN(PNOTA, pno_esc_spesometro),
-             LUMERA_CODE(PNOTA, pno_agr), LUMERA_PLAIN(PNOTA, pno_utente), LUMERA_PLAIN(PNOTA, pno_creato),
+             LUMERA_CODE(PNOTA, pno_agr), LUMERA_CODE(PNOTA, pno_all), LUMERA_PLAIN(PNOTA, pno_all_doc),
+             LUMERA_PLAIN(PNOTA, pno_utente), LUMERA_PLAIN(PNOTA, pno_creato),
              LUMERA_PLAIN(PNOTA, pno_aggiornato), LUMERA_PLAIN(PNOTA, pno_revisione)}};
 }
 
@@ -73,6 +74,8 @@ void CompleteRows(PNOTA *entry)
         const long relation = MasterRelation(lumera_db_impo, row.row_mas);
         row.row_rel = relation;
         row.row_clfo = relation == kNoCounterpart ? 0 : row.row_sot;
+        if (row.row_d_doc == 0 && !row.row_n_doc.empty() && row.row_n_doc == entry->pno_doc)
+            row.row_d_doc = entry->pno_data_doc;
     }
 }
 
@@ -89,7 +92,11 @@ long FirstRevision()
 /// What is stored must follow from the rows that are stored, whoever prepared the record.
 void Prepare(PNOTA *entry)
 {
-    if (entry->pno_cau_iva == 0) entry->iva = {};
+    if (entry->pno_cau_iva == 0) {
+        entry->iva = {};
+        RecalcVatTotals(entry);
+    }
+    entry->pno_doc = Trimmed(entry->pno_doc);
     if (entry->pno_rel == kNoCounterpart) entry->pno_cli_for = 0;
     entry->pno_paddoc = PadDocumentNumber(entry->pno_doc.str());
     entry->pno_utente = CurrentUserInterface().UserName();
@@ -280,7 +287,8 @@ void CPSQLpno::Delete(SACommand *cmd, PNOTA *entry) const
                                       entry->pno_codice),
                           SAFault::ForeignKeyViolation);
     held.Close();
-    SACommand open(cmd->Connection(), "DELETE FROM admin.scadenze WHERE sca_pno = :codice");
+    SACommand open(cmd->Connection(), "DELETE FROM admin.scadenze WHERE sca_pno = :codice"
+                                      " AND sca_pagato = 0 AND sca_parked = 0"); // one paid meanwhile holds the entry
     open.Param("codice").setAsLong(entry->pno_codice);
     open.Execute();
     SACommand header(cmd->Connection(), "DELETE FROM admin.pnota1 WHERE pno_codice = :codice AND pno_revisione = :rev");

@@ -21,7 +21,8 @@ class CPSQLpno : public CTable<PNOTA> {
     /// Empties the entry for a new one: proposes the next free number, the first section and no counterpart.
     void Blank(SACommand *cmd, PNOTA *entry) const override;
 
-    /// Loads a whole entry with rows and cost-centre lines, counterpart name and descriptions. False when there is none.
+    /// Loads a whole entry with rows and cost-centre lines, counterpart name and descriptions. False when there is none; the
+    /// record then stays as it is, unlike that of other tables, since an editor goes on showing what it has.
     bool Search(SACommand *cmd, long code, PNOTA *entry, bool = false) const;
 
     /// Reads again what was stored. False when another station deleted it; the record then stays as it is.
@@ -48,7 +49,11 @@ class CPSQLpno : public CTable<PNOTA> {
     /// True when the cost-centre split matches the rows; else row is the first that does not, 0 when none can be named.
     bool CheckAnalitica(SACommand *cmd, PNOTA *entry, int *row) const;
 
-    // Browsing in the current order. False, and the record untouched, when there is no such entry.
+    /// @throws SAException for a number that is no JournalOrder
+    void SetIndex(int index) override;
+
+    // Browsing in the current order. Entries without document date have no place in the order of document dates: from one
+    // of them Next goes to the first that has one, Previous to the last. False, and the record untouched, when there is no such entry.
     bool Next(SACommand *cmd, PNOTA *entry) const;
     bool Previous(SACommand *cmd, PNOTA *entry) const;
     bool First(SACommand *cmd, PNOTA *entry) const;

@@ -57,6 +57,8 @@ bool RunUnit(const char *tag, const std::function<void(SACommand *)> &work)
         return true;
     } catch (const SAException &error) {
         SAExceptionDisplay(error, tag, false);
-        return false;
+    } catch (const std::exception &error) { // a host must never meet an exception of ours
+        AfxMessageBox(fmt::format("Errore imprevisto: {}\n\n[{}]", error.what(), tag), MB_OK | MB_ICONSTOP);
     }
+    return false;
 }

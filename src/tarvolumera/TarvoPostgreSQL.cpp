@@ -36,6 +36,18 @@ std::string ReplaceAll(std::string text, std::string_view from, std::string_view
     return text;
 }
 
+/// Asks the catalogue: a failing query would end the transaction that the caller may be in.
+bool Exists(SACommand *cmd, const std::string &table)
+{
+    SACommand query(cmd->Connection(), cmd->Connection()->Engine() == SAEngine::PostgreSQL
+                                           ? "SELECT COUNT(*) AS numrec FROM information_schema.tables"
+                                             " WHERE table_schema = 'admin' AND table_name = :nome"
+                                           : "SELECT COUNT(*) AS numrec FROM admin.sqlite_master WHERE name = :nome");
+    query.Param("nome").setAsString(table.substr(table.find('.') + 1));
+    query.Execute();
+    return query.FetchNext() && query.Field("numrec").asLong() > 0;
+}
+
 } // namespace
 
 bool CTarvoPostgreSQL::OpenConnection(SAConnection *connection, SACommand *command, bool read_only, long company) const
@@ -79,13 +91,7 @@ bool CTarvoPostgreSQL::IsViewNotExistErr(const SAException &error)
 void CTarvoPostgreSQL::Create(SACommand *cmd) const
 {
     CommandScope scope(cmd);
-    try {
-        SACommand probe(scope->Connection(), "SELECT 1 FROM " + TableName() + " WHERE 1 = 0");
-        probe.Execute();
-        return;
-    } catch (const SAException &error) {
-        if (!IsTableNotExistErr(error)) throw;
-    }
+    if (Exists(scope.get(), TableName())) return;
     SATransaction transaction(scope.get());
     for (const std::string &statement : StatementsOfTable(TableName())) {
         SACommand create(scope->Connection(), statement);

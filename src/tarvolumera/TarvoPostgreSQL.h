@@ -35,7 +35,7 @@ class CTarvoPostgreSQL {
 
     /// The browse order of a record dialog; what the numbers mean is the table's own (see JournalOrder).
     int GetIndex() const { return index_; }
-    void SetIndex(int index) { index_ = index; }
+    virtual void SetIndex(int index) { index_ = index; }
 
     /// Adapts a query text written in the zero dialect to the current one, after putting the three numbers in the place
     /// of its "%ld" in their order. For work-table names and constant codes only; values are bound.

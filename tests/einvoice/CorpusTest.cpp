@@ -2,11 +2,11 @@
 
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/UserInterface.h"
+#include "tarvolumera/archive/ArchiveCheck.h"
 
 #include <cstdlib>
 #include <fstream>
 #include <set>
-#include <sstream>
 
 namespace {
 
@@ -90,12 +90,13 @@ TEST_P(CorpusTest, IsReadFiledAndRegisteredWithoutAFault)
 {
     const std::map<std::string, std::string> files = Indexed(Corpus(), {"crafted/", "official/", "oca/in/"});
     ASSERT_GT(files.size(), 50u);
-    std::set<long> loaded;
+    std::set<long> loaded, inconsistent;
     for (const auto &[name, special] : files) {
         const std::vector<ImportResult> results = ImportInvoices(Cmd(), {Corpus() / name});
         ASSERT_EQ(results.size(), 1u);
         EXPECT_EQ(results[0].outcome == ImportOutcome::Refused, IsBeyondReading(special)) << name << " (" << special << "): " << results[0].text;
         if (results[0].code != 0) loaded.insert(results[0].code);
+        if (special.find("tax does not match the rate") != std::string::npos) inconsistent.insert(results[0].code);
     }
     EXPECT_EQ(Count("allegati"), std::to_string(loaded.size()));
 
@@ -108,6 +109,7 @@ TEST_P(CorpusTest, IsReadFiledAndRegisteredWithoutAFault)
     choices_.choose_causale = [](long proposed) { return proposed; };
     choices_.choose_vat_code = [](const fatturapa::DatiRiepilogoType &row) { return row.AliquotaIVA > 0 ? 22L : 800L; };
     long registered = 0, bodies = 0;
+    std::vector<std::string> doubtful;
     for (const long code : loaded) {
         CFattureElettronicheDB content;
         LoadInvoice(Cmd(), code, &content);
@@ -116,11 +118,14 @@ TEST_P(CorpusTest, IsReadFiledAndRegisteredWithoutAFault)
             const RegistrationOutcome outcome = Register(code, 0, document);
             EXPECT_TRUE(outcome.registered) << content.FileName() << ": " << outcome.reason;
             registered += outcome.registered ? 1 : 0;
+            if (inconsistent.contains(code)) doubtful.push_back(fmt::format("Movimento {} riga IVA 1", outcome.entry.pno_codice));
         }
     }
     EXPECT_EQ(registered, bodies);
     EXPECT_EQ(Count("pnota1"), std::to_string(registered));
-    EXPECT_EQ(ArchiveFaults(), "");
+    std::vector<std::string> faulty; // a wrong tax of the seller is stored as he wrote it, and pointed at
+    for (const ArchiveFault &fault : CheckArchive(Cmd()).faults) faulty.push_back(fault.where);
+    EXPECT_EQ(faulty, doubtful) << ArchiveFaults();
     RecordProperty("registered", std::to_string(registered));
 }
 

@@ -5,7 +5,6 @@
 
 #include <zip.h>
 
-#include <fstream>
 
 namespace {
 

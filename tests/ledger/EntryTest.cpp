@@ -71,6 +71,7 @@ TEST_P(EntryTest, CausaleDrivesTheEntry)
     EXPECT_EQ(entry.righe[1].row_auto, 1);
     EXPECT_FALSE(entry.righe[1].des_sot.empty());
     EXPECT_FALSE(entry.righe[3].InUse());
+    EXPECT_EQ(entry.righe[3].row_auto, 0) << "a row added by hand does not fill itself";
 
     entry.iva[0] = {22, 1, 22, 100, 22, 0};
     EnterCausale(Cmd(), &entry, 4711);
@@ -147,7 +148,6 @@ TEST_P(EntryTest, LeavingARowCompletesIt)
     entry.righe[0].row_tipo = "D";
     entry.righe[0].row_importo = 30;
     entry.righe[1].row_mas = 175;
-    sqlpno.Squadratura(Cmd(), &entry);
     for (const std::size_t row : {std::size_t{1}, std::size_t{2}, kEntryRows}) {
         LeaveRowCausale(&entry, row);
         LeaveRowDocument(&entry, row);
@@ -162,7 +162,6 @@ TEST_P(EntryTest, LeavingARowCompletesIt)
     lumera_db_impo.dit_anno = 2001; // lire: forty cents are nothing
     entry.righe[1].row_importo = 0;
     entry.righe[0].row_importo = 0.40;
-    sqlpno.Squadratura(Cmd(), &entry);
     LeaveRowAmount(Cmd(), &entry, 1);
     EXPECT_DOUBLE_EQ(entry.righe[1].row_importo, 0);
     ReloadCompany(Cmd());
@@ -245,7 +244,7 @@ TEST_P(EntryTest, RefusesInOrderWithABeepAndNoMessage)
 TEST_P(EntryTest, YearOutsideTheFiscalOne)
 {
     const std::string question = "Data esterna all' esercizio corrente !\n\nVuoi Continuare ?";
-    const std::string refused = ApplicationMessage(20024) + "\n\n[EntryValidation:YearAccepted]";
+    const std::string refused = ApplicationMessage(20024);
     PNOTA entry = Purchase("1");
     entry.pno_data = DateToJulian(1, 1, 2027);
     user_.Expect(refused);
@@ -282,7 +281,7 @@ TEST_P(EntryTest, UnbalancedEntryIsStoredOnlyAfterYes)
 {
     PNOTA entry = Purchase("1");
     entry.righe[2].row_importo += 0.01;
-    const std::string question = ApplicationMessage(20025) + "\n\n[EntryValidation:Check]";
+    const std::string question = ApplicationMessage(20025);
     user_.Expect(question, IDNO);
     EXPECT_FALSE(Store(&entry).stored);
     EXPECT_EQ(Entries(), "0");
@@ -373,7 +372,12 @@ TEST_P(EntryTest, RowOnAMissingAccountIsNamed)
     PNOTA entry = Purchase("1");
     entry.righe[2].row_sot = 4711;
     user_.Expect("Riga n. 3: il conto 300.1.4711 non esiste.");
-    EXPECT_FALSE(Store(&entry).stored);
+    EXPECT_EQ(Store(&entry).fault.field, EntryField::RowSubAccount);
+    PNOTA nobody = NewEntry(kTransferCausale, 0);
+    nobody.pno_rel = kSupplier;
+    nobody.pno_cli_for = 4711;
+    user_.Expect("Il fornitore 4711 non esiste.");
+    EXPECT_FALSE(Store(&nobody).stored);
 }
 
 TEST_P(EntryTest, AnotherStationWasQuicker)

@@ -100,7 +100,7 @@ TEST_P(VatLinesTest, ACodeThatIsNotAdmittedOrUnknownClearsTheLine)
     }
     PNOTA untouched = Entry(0, 100.00);
     EnterVatCode(Cmd(), &untouched, 0, 22);
-    EXPECT_DOUBLE_EQ(untouched.iva[0].impo, 100.00) << "a register that does not exist leaves the line as it was";
+    EXPECT_DOUBLE_EQ(untouched.iva[0].impo, 100.00) << "a register that does not exist takes nothing from the code";
     EXPECT_EQ(untouched.iva[0].iva, 0);
 }
 

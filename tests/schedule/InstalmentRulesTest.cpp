@@ -52,6 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SplitCase{"CreditNoteMirrorsTheInvoice", -100.00, 0.00, 3, Split::OnFirst, {-33.34, -33.34, -33.32}},
                     SplitCase{"OneCentGoesToTheFirst", 0.01, 0.00, 3, Split::OnFirst, {0.01, 0.01, -0.01}},
                     SplitCase{"ZeroTotalGivesNothing", 0.00, 0.00, 3, Split::OnFirst, {}},
+                    SplitCase{"MoreThanTheGridGivesNothing", 100.00, 0.00, 61, Split::OnFirst, {}},
                     SplitCase{"NoInstalmentGivesNothing", 100.00, 0.00, 0, Split::Separate, {}}),
     [](const auto &p) { return std::string(p.param.name); });
 
@@ -130,6 +131,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "2026-06-10",
                 "",
                 {"2026-09-08"}},
+        DueCase{"ShortStepsLeaveFebruaryToo", {"DATA FATTURA", 0, 1, 1, 31, 0, "FEBBRAIO"}, "2026-02-20", "", {"2026-03-01"}},
         DueCase{"MonthNameMustMatchExactly", {"DATA FATTURA", 60, 30, 1, 0, 0, "Agosto"}, "2026-06-10", "", {"2026-08-09"}},
         DueCase{"FirstOfTwoFixedDaysNotBefore",
                 {"DATA FATTURA", 0, 30, 3, 15, 31},

@@ -27,6 +27,53 @@ inline std::string SampleBody()
   </FatturaElettronicaBody>)";
 }
 
+/// A body with every element that is read, consistent in itself.
+inline std::string RichBody()
+{
+    return R"(<FatturaElettronicaBody>
+  <DatiGenerali>
+    <DatiGeneraliDocumento>
+      <TipoDocumento>TD06</TipoDocumento><Divisa>EUR</Divisa><Data>2024-03-15</Data><Numero>7</Numero>
+      <DatiRitenuta><TipoRitenuta>RT01</TipoRitenuta><ImportoRitenuta>200.00</ImportoRitenuta><AliquotaRitenuta>20.00</AliquotaRitenuta><CausalePagamento>A</CausalePagamento></DatiRitenuta>
+      <DatiRitenuta><TipoRitenuta>RT03</TipoRitenuta><ImportoRitenuta>1.00</ImportoRitenuta><AliquotaRitenuta>2.00</AliquotaRitenuta><CausalePagamento>A</CausalePagamento></DatiRitenuta>
+      <DatiBollo><BolloVirtuale>SI</BolloVirtuale><ImportoBollo>2.00</ImportoBollo></DatiBollo>
+      <DatiCassaPrevidenziale><TipoCassa>TC01</TipoCassa><AlCassa>4.00</AlCassa><ImportoContributoCassa>40.00</ImportoContributoCassa><ImponibileCassa>1000.00</ImponibileCassa><AliquotaIVA>22.00</AliquotaIVA><Ritenuta>SI</Ritenuta></DatiCassaPrevidenziale>
+      <ImportoTotaleDocumento>1270.80</ImportoTotaleDocumento><Arrotondamento>0.01</Arrotondamento>
+      <Causale>prima</Causale><Causale>seconda</Causale><Art73>SI</Art73>
+    </DatiGeneraliDocumento>
+    <DatiOrdineAcquisto><RiferimentoNumeroLinea>1</RiferimentoNumeroLinea><RiferimentoNumeroLinea>2</RiferimentoNumeroLinea><IdDocumento>ORD1</IdDocumento><Data>2024-01-02</Data><NumItem>5</NumItem><CodiceCommessaConvenzione>COMM</CodiceCommessaConvenzione><CodiceCUP>CUP1</CodiceCUP><CodiceCIG>CIG1</CodiceCIG></DatiOrdineAcquisto>
+    <DatiContratto><IdDocumento>CON1</IdDocumento></DatiContratto>
+    <DatiConvenzione><IdDocumento>CNV1</IdDocumento></DatiConvenzione>
+    <DatiRicezione><IdDocumento>RIC1</IdDocumento></DatiRicezione>
+    <DatiFattureCollegate><IdDocumento>FC1</IdDocumento></DatiFattureCollegate>
+    <DatiFattureCollegate><IdDocumento>FC2</IdDocumento></DatiFattureCollegate>
+    <DatiSAL><RiferimentoFase>3</RiferimentoFase></DatiSAL>
+    <DatiDDT><NumeroDDT>D1</NumeroDDT><DataDDT>2024-03-01</DataDDT><RiferimentoNumeroLinea>1</RiferimentoNumeroLinea></DatiDDT>
+    <DatiTrasporto><DatiAnagraficiVettore><IdFiscaleIVA><IdPaese>IT</IdPaese><IdCodice>12345678903</IdCodice></IdFiscaleIVA><Anagrafica><Denominazione>VETTORE</Denominazione></Anagrafica><NumeroLicenzaGuida>AA1</NumeroLicenzaGuida></DatiAnagraficiVettore>
+      <MezzoTrasporto>camion</MezzoTrasporto><NumeroColli>12</NumeroColli><PesoLordo>10.50</PesoLordo><DataOraRitiro>2024-03-15T10:00:00</DataOraRitiro><DataInizioTrasporto>2024-03-16</DataInizioTrasporto><TipoResa>EXW</TipoResa>
+      <IndirizzoResa><Indirizzo>VIA RESA</Indirizzo><CAP>10100</CAP><Comune>TORINO</Comune><Nazione>IT</Nazione></IndirizzoResa></DatiTrasporto>
+    <FatturaPrincipale><NumeroFatturaPrincipale>FP1</NumeroFatturaPrincipale><DataFatturaPrincipale>2024-02-01</DataFatturaPrincipale></FatturaPrincipale>
+  </DatiGenerali>
+  <DatiBeniServizi>
+    <DettaglioLinee><NumeroLinea>1</NumeroLinea><TipoCessionePrestazione>AC</TipoCessionePrestazione>
+      <CodiceArticolo><CodiceTipo>EAN</CodiceTipo><CodiceValore>8001</CodiceValore></CodiceArticolo><CodiceArticolo><CodiceTipo>INT</CodiceTipo><CodiceValore>A1</CodiceValore></CodiceArticolo>
+      <Descrizione>Consulenza</Descrizione><Quantita>1.50000000</Quantita><UnitaMisura>ORE</UnitaMisura><DataInizioPeriodo>2024-01-01</DataInizioPeriodo><DataFinePeriodo>2024-01-31</DataFinePeriodo>
+      <PrezzoUnitario>740.74074074</PrezzoUnitario><ScontoMaggiorazione><Tipo>SC</Tipo><Percentuale>10.00</Percentuale></ScontoMaggiorazione><ScontoMaggiorazione><Tipo>MG</Tipo><Importo>0.00000001</Importo></ScontoMaggiorazione>
+      <PrezzoTotale>1000.00</PrezzoTotale><AliquotaIVA>22.00</AliquotaIVA><Ritenuta>SI</Ritenuta><RiferimentoAmministrazione>RA</RiferimentoAmministrazione>
+      <AltriDatiGestionali><TipoDato>INTENTO</TipoDato><RiferimentoTesto>prot.</RiferimentoTesto><RiferimentoNumero>-3.125</RiferimentoNumero><RiferimentoData>2024-01-05</RiferimentoData></AltriDatiGestionali></DettaglioLinee>
+    <DettaglioLinee><NumeroLinea>2</NumeroLinea><Descrizione>Bollo</Descrizione><PrezzoUnitario>2.00</PrezzoUnitario><PrezzoTotale>2.00</PrezzoTotale><AliquotaIVA>0.00</AliquotaIVA><Natura>N1</Natura></DettaglioLinee>
+    <DatiRiepilogo><AliquotaIVA>22.00</AliquotaIVA><SpeseAccessorie>0.00</SpeseAccessorie><Arrotondamento>0.00100000</Arrotondamento><ImponibileImporto>1040.00</ImponibileImporto><Imposta>228.80</Imposta><EsigibilitaIVA>S</EsigibilitaIVA></DatiRiepilogo>
+    <DatiRiepilogo><AliquotaIVA>0.00</AliquotaIVA><Natura>N1</Natura><ImponibileImporto>2.00</ImponibileImporto><Imposta>0.00</Imposta><RiferimentoNormativo>art. 15</RiferimentoNormativo></DatiRiepilogo>
+  </DatiBeniServizi>
+  <DatiVeicoli><Data>2023-12-31</Data><TotalePercorso>100 km</TotalePercorso></DatiVeicoli>
+  <DatiPagamento><CondizioniPagamento>TP01</CondizioniPagamento>
+    <DettaglioPagamento><Beneficiario>BEN</Beneficiario><ModalitaPagamento>MP12</ModalitaPagamento><DataRiferimentoTerminiPagamento>2024-03-15</DataRiferimentoTerminiPagamento><GiorniTerminiPagamento>30</GiorniTerminiPagamento><DataScadenzaPagamento>2024-04-30</DataScadenzaPagamento><ImportoPagamento>600.00</ImportoPagamento><CodUfficioPostale>P1</CodUfficioPostale><CognomeQuietanzante>QC</CognomeQuietanzante><NomeQuietanzante>QN</NomeQuietanzante><CFQuietanzante>QF</CFQuietanzante><TitoloQuietanzante>QT</TitoloQuietanzante><IstitutoFinanziario>BANCA</IstitutoFinanziario><IBAN>IT60X0542811101000000123456</IBAN><ABI>05428</ABI><CAB>11101</CAB><BIC>BLOPIT22</BIC><ScontoPagamentoAnticipato>1.00</ScontoPagamentoAnticipato><DataLimitePagamentoAnticipato>2024-03-20</DataLimitePagamentoAnticipato><PenalitaPagamentiRitardati>5.00</PenalitaPagamentiRitardati><DataDecorrenzaPenale>2024-05-01</DataDecorrenzaPenale><CodicePagamento>CP</CodicePagamento></DettaglioPagamento>
+    <DettaglioPagamento><ModalitaPagamento>MP05</ModalitaPagamento><ImportoPagamento>441.99</ImportoPagamento></DettaglioPagamento></DatiPagamento>
+  <DatiPagamento><CondizioniPagamento>TP03</CondizioniPagamento><DettaglioPagamento><ModalitaPagamento>MP01</ModalitaPagamento><ImportoPagamento>1.00</ImportoPagamento></DettaglioPagamento></DatiPagamento>
+  <Allegati><NomeAttachment>nota.txt</NomeAttachment><AlgoritmoCompressione>ZIP</AlgoritmoCompressione><FormatoAttachment>TXT</FormatoAttachment><DescrizioneAttachment>una nota</DescrizioneAttachment><Attachment>Q2nDsg==</Attachment></Allegati>
+</FatturaElettronicaBody>)";
+}
+
 /// The smallest invoice that raises no warning.
 inline std::string SampleInvoice(std::string_view bodies = SampleBody())
 {

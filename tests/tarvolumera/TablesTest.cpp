@@ -1,5 +1,6 @@
 #include "tarvolumera/Attachments.h"
 #include "tarvolumera/Causali.h"
+#include "tarvolumera/DialectTexts.h"
 #include "tarvolumera/ChartOfAccounts.h"
 #include "tarvolumera/Lookups.h"
 #include "tarvolumera/PSQLpno.h"
@@ -172,6 +173,43 @@ TEST_P(TablesTest, WorkTablesAndDialect)
     agent.age_codice = 1;
     agent.age_desc = "Nuovo";
     sqlage.SqlTransaction(Cmd(), kInsert, &agent);
+}
+
+TEST_P(TablesTest, TextsOfBothDialectsRun)
+{
+    EXPECT_EQ(Value(std::string("SELECT COUNT(*) FROM admin.versione WHERE ver_data > ") + TodayText()), "0");
+    EXPECT_EQ(Value("SELECT " + RoundedSumText("iva_aliq / 3", "saldo_con") + " FROM admin.codiva WHERE iva_codice = 10"), "3.33");
+    EXPECT_EQ(Value("SELECT " + AccountKeyText("sot_mas", "sot_con", "sot_codice") + " AS chiave FROM admin.sotcon ORDER BY chiave LIMIT 1")
+                  .size(),
+              30u);
+    SACommand range(Cmd()->Connection(),
+                    "SELECT COUNT(*) AS numrec FROM admin.sotcon WHERE " + AccountRangeText("sot_mas", "sot_con", "sot_codice"));
+    const std::pair<const char *, long> bounds[] = {{"m_start", 260}, {"c_start", 1}, {"s_start", 2},
+                                                    {"m_stop", 260},  {"c_stop", 1},  {"s_stop", 4}};
+    for (const auto &[name, value] : bounds) range.Param(name).setAsLong(value);
+    range.Execute();
+    ASSERT_TRUE(range.FetchNext());
+    EXPECT_EQ(range.Field("numrec").asLong(), 3) << "IVA vendite, corrispettivi, sospensione";
+}
+
+TEST_P(TablesTest, AListedDocumentCanBeRenamedWithoutLosingItsBytes)
+{
+    ALLEGATI stored;
+    stored.all_anno = 2026;
+    stored.all_fname = "a.pdf";
+    stored.all_data = ToBytes("contenuto");
+    sqlall.SqlTransaction(Cmd(), kInsert, &stored);
+    ALLEGATI listed;
+    sqlall.ForEachOfKind(Cmd(), 0, {}, {}, [&](const ALLEGATI &record) {
+        listed = record;
+        return false;
+    });
+    listed.all_desc = "Rinominato";
+    sqlall.SqlTransaction(Cmd(), kUpdate, &listed);
+    ALLEGATI read;
+    ASSERT_TRUE(sqlall.SearchByCode(Cmd(), stored.all_codice, &read));
+    EXPECT_EQ(read.all_desc, "Rinominato");
+    EXPECT_EQ(AsText(read.all_data), "contenuto");
 }
 
 TEST_P(TablesTest, ConnectionsAndCompanies)

@@ -22,7 +22,7 @@ sqlite3 *OpenFile(const std::string &path, SAOpenMode mode)
     std::error_code error;
     const auto type = std::filesystem::status(path, error).type();
     if (type == std::filesystem::file_type::not_found && mode == SAOpenMode::Existing)
-        throw SAException(SA_DBMS_API_Error, SQLITE_CANTOPEN, "file not found: " + path, SAFault::CannotOpen);
+        throw SAException(SA_DBMS_API_Error, SQLITE_CANTOPEN, "file inesistente: " + path, SAFault::CannotOpen);
     if (type == std::filesystem::file_type::directory)
         throw SAException(SA_DBMS_API_Error, SQLITE_CANTOPEN_ISDIR, "this is a folder: " + path, SAFault::CannotOpen);
 

@@ -34,9 +34,16 @@ std::string ApplicationMessage(int number)
     return fmt::format("Errore n. {}", number);
 }
 
+std::string SourceTag(std::string_view file, int line)
+{
+    file.remove_prefix(file.rfind('/') + 1); // npos + 1 is 0: a bare name stays whole
+    return fmt::format("{}:{}", file.substr(0, file.rfind('.')), line);
+}
+
 int DBISAM(int number, const char *tag, unsigned flags)
 {
     std::string text = ApplicationMessage(number);
-    if (tag != nullptr && *tag != '\0') text += fmt::format("\n\n[{}]", tag);
+    const bool is_question = (flags & 0xFu) != MB_OK;
+    if (!is_question && tag != nullptr && *tag != '\0') text += fmt::format("\n\n[{}]", tag);
     return AfxMessageBox(text, flags);
 }

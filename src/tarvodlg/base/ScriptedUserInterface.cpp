@@ -84,12 +84,23 @@ ScriptedUserInterface::Step ScriptedUserInterface::Next(const std::string &kind_
     return step;
 }
 
+namespace {
+
+/// A message ends with the place it comes from, "[PNota:2227]"; the line is no matter of a test.
+std::string WithoutTag(const std::string &text)
+{
+    const std::size_t tag = text.rfind("\n\n[");
+    return tag != std::string::npos && text.ends_with(']') && text.find(':', tag) != std::string::npos ? text.substr(0, tag) : text;
+}
+
+} // namespace
+
 int ScriptedUserInterface::MessageBox(const std::string &text, unsigned box_flags)
 {
     shown.push_back(text);
     flags.push_back(box_flags);
     const int by_default = DefaultAnswer(box_flags);
-    const int answer = Next("MessageBox: " + text, {"", by_default, {}, std::nullopt}).answer;
+    const int answer = Next("MessageBox: " + WithoutTag(text), {"", by_default, {}, std::nullopt}).answer;
     if (IsButtonOf(answer, box_flags)) return answer;
     faults_ += fmt::format("answer {} is no button of: {}\n", answer, text);
     return by_default;

@@ -9,6 +9,7 @@
 /// EXPECT_EQ(ui.Faults(), "").
 class ScriptedUserInterface : public UserInterface {
   public:
+    /// @param text  without the tag of the place, which is cut from what is shown too
     void Expect(std::string text, int answer = IDOK);
     void ExpectFiles(std::vector<std::filesystem::path> answer);
     void ExpectFolder(std::optional<std::filesystem::path> answer);

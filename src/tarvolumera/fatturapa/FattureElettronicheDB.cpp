@@ -96,26 +96,27 @@ void CFattureElettronicheDB::Clear()
 
 void CFattureElettronicheDB::Load(const char *path)
 {
-    if (!IsEmpty()) Clear();
-    const std::string name = std::filesystem::path(path).filename().string();
-    Load(ReadInvoiceFile(path), name);
+    const std::filesystem::path file(path); // before Clear: the caller may pass a name that came from here
+    Clear();
+    Load(ReadInvoiceFile(file.string()), file.filename().string());
 }
 
 void CFattureElettronicheDB::Load(std::string bytes, std::string_view file_name)
 {
+    const std::string name(file_name);
     if (!IsEmpty()) Clear();
     try {
-        ExtractedXml extracted = ExtractInvoiceXml(std::move(bytes), file_name);
-        file_name_ = file_name;
+        ExtractedXml extracted = ExtractInvoiceXml(std::move(bytes), name);
+        file_name_ = name;
         envelope_ = std::move(extracted.envelope);
         std::string oddity;
-        ReadContext context(std::make_shared<const std::string>(XmlToUtf8(std::move(extracted.xml), oddity)),
-                            file_name_, warnings_);
+        ReadContext context(std::make_shared<const std::string>(XmlToUtf8(std::move(extracted.xml), oddity)), name,
+                            warnings_);
         if (!oddity.empty()) context.Warn(std::move(oddity));
         ReadFattura(context, fattura_);
     } catch (const XmlFault &fault) {
         Clear();
-        throw InvoiceFileError(InvoiceFileError::Reason::NotAnInvoice, file_name, fault.what());
+        throw InvoiceFileError(InvoiceFileError::Reason::NotAnInvoice, name, fault.what());
     } catch (...) {
         Clear();
         throw;

@@ -85,9 +85,8 @@ class XmlReader {
     bool CloseDocument();
 
     /// Moves to the next child of the open element; at its end tag leaves it. Text in between is passed over.
-    /// @param expected  the name that will probably come; a right guess saves reading it letter by letter, and Name()
-    /// then
-    ///                  is this very view. It must live as long as the reader.
+    /// @param expected  the name that will probably come: a right guess saves reading it letter by letter. Name() then
+    /// gives this very view, so it must live as long as the reader.
     /// @return false when the open element has ended
     bool NextChild(std::string_view expected = {})
     {
