@@ -10,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <fmt/format.h>
 
@@ -47,13 +48,42 @@ void NameGroups(CLI::App *app)
     }
 }
 
+/// Codes and numbers have 32 bits in the archive. The library cuts a larger one down, and another record would be meant.
+std::string NumberFault(const std::string &text)
+{
+    long value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc{} && end == text.data() + text.size() && value >= 0 && value <= 2'147'483'647) return {};
+    return fmt::format("«{}» non è un numero tra 0 e 2147483647", text);
+}
+
+void LimitNumbers(CLI::App *app)
+{
+    for (CLI::Option *option : app->get_options()) {
+        if (option->get_type_name() == "INT") option->check(NumberFault);
+    }
+    for (CLI::App *command : app->get_subcommands({})) LimitNumbers(command);
+}
+
+/// The first word that is neither an option nor a command.
+std::string UnknownCommand(const CLI::App &app)
+{
+    for (const std::string &word : app.remaining(true)) {
+        if (!word.starts_with('-')) return word;
+    }
+    return {};
+}
+
 /// What is wrong with the words of a command, in Italian.
-std::string UsageText(const CLI::ParseError &error)
+std::string UsageText(const CLI::App &app, const CLI::ParseError &error)
 {
     const std::string name = error.get_name();
     const std::string what = error.what();
     if (name == "ExtrasError") return "Argomento o opzione non riconosciuti: " + what.substr(what.find(": ") + 2);
-    if (name == "RequiredError" && what.find("subcommand") != std::string::npos) return "Manca il comando.";
+    if (name == "RequiredError" && what.find("subcommand") != std::string::npos) {
+        const std::string word = UnknownCommand(app);
+        return word.empty() ? "Manca il comando." : "Comando non riconosciuto: " + word;
+    }
     if (name == "RequiredError") return "Manca un argomento obbligatorio: " + what.substr(0, what.find(" is required"));
     if (name == "ArgumentMismatch") return "Numero di argomenti errato: " + what.substr(0, what.find(':'));
     if (name == "ConversionError" || name == "InvalidError")
@@ -76,7 +106,10 @@ int Report(const Session &session, const char *outcome, const std::string &text,
 int ReportDatabase(const Session &session, const SAException &error)
 {
     const bool refused = error.ErrClass() == SA_UserGenerated_Error && error.ErrNativeCode() < 20070;
-    return Report(session, refused ? "rifiutato" : "errore", DescribeError(error), refused ? kExitRefused : kExitFailed);
+    std::string text = DescribeError(error);
+    if (error.ErrClass() == SA_DBMS_API_Error && text == error.ErrText()) // the engine's own words alone, English
+        text = "Errore dell'archivio: " + text;
+    return Report(session, refused ? "rifiutato" : "errore", text, refused ? kExitRefused : kExitFailed);
 }
 
 int Run(Session *session, const Action &action)
@@ -137,6 +170,7 @@ int RunCommandLine(int argc, const char *const *argv)
     AddScheduleCommands(&app, &session, &action);
 
     NameGroups(&app);
+    LimitNumbers(&app);
 
     int code = kExitDone;
     try {
@@ -145,7 +179,7 @@ int RunCommandLine(int argc, const char *const *argv)
     } catch (const CLI::Success &success) { // help and version
         app.exit(success);
     } catch (const CLI::ParseError &error) {
-        code = Report(session, "uso errato", UsageText(error) + "\nVedere lumera --help.", kExitUsage);
+        code = Report(session, "uso errato", UsageText(app, error) + "\nVedere lumera --help.", kExitUsage);
     }
     SAConnection::ClosePool();
     SetUserInterface(previous);

@@ -11,6 +11,7 @@
 #include "tarvolumera/PSQLpno.h"
 #include "tarvolumera/Schedule.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 #include <fmt/printf.h>
@@ -97,6 +98,18 @@ PNOTA_RIGA *FirstFreeRow(PNOTA *entry)
     return free < kEntryRows ? &entry->righe[free] : nullptr;
 }
 
+/// Stamp duty that the seller charges on is an amount excluded from the taxable base (art. 15): it gets a VAT line of its
+/// own, so that total, instalments and cost hold it. False when there is no free line or no such VAT code.
+bool AddExcludedLine(SACommand *cmd, double amount, PNOTA *entry)
+{
+    CODIVA code;
+    const auto free = std::find_if(entry->iva.begin(), entry->iva.end(), [](const PNOTA_IVA &line) { return line.iva == 0; });
+    if (free == entry->iva.end() || !sqliva.SearchByRate(cmd, 0, kVatExcluded, &code)) return false;
+    *free = {code.iva_codice, code.iva_tip, 0, amount, 0, 0};
+    sqlpno.RecalcPNota(cmd, entry, 1, 0, 0, 0, 0);
+    return true;
+}
+
 /// Posts what the document's total has beyond its VAT summary, so that the supplier is owed what the invoice says. Above
 /// the company's limit the user decides, and a No stops.
 bool PostRounding(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body, PreparedInvoice *prepared, std::string *reason)
@@ -108,9 +121,8 @@ bool PostRounding(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body,
                                             FormatAmount(fatturapa::TotaleDocumento(body)),
                                             FormatAmount(fatturapa::SumOfSummary(body).totale),
                                             FormatAmount(reading.rounding), reading.how);
-    if (reading.is_stamp_duty) { // charged on by the seller: a part of the cost
-        sqlpno.RecalcPNota(cmd, &prepared->entry, 1, difference, 0, 0, 0);
-        prepared->notes.push_back(figures);
+    if (reading.is_stamp_duty && AddExcludedLine(cmd, difference, &prepared->entry)) {
+        prepared->notes.push_back(figures + " Registrata come esclusa art. 15.");
         return true;
     }
     const AccountKey account =
@@ -211,6 +223,8 @@ std::string DifferenceFromDocument(const fatturapa::FatturaElettronicaBody &body
         tax += line.imposta;
     }
     const int sign = SignOf(body);
+    const TotalReading reading = ReadTotal(body);
+    if (reading.is_stamp_duty) taxable -= sign * reading.rounding; // has a line of its own beside the summary
     if (!TestIfZero(taxable - sign * totals.imponibile))
         return fmt::format("Imponibile registrato {}, in fattura {}.", FormatAmount(taxable), FormatAmount(totals.imponibile));
     if (!TestIfZero(tax - sign * totals.imposta))

@@ -18,8 +18,9 @@ long GetProt(SACommand *cmd, long section, long year, long vat_register)
     if (vat_register <= kJournalOnly || vat_register > kEuSales) return 0;
     CommandScope scope(cmd);
     SACommand query(scope->Connection(),
-                    "SELECT MAX(pno_prot) AS protocollo FROM admin.pnota1"
-                    " WHERE EXTRACT(YEAR FROM pno_data) = :anno AND pno_sez = :sez AND pno_reg = :reg");
+                    // Not MAX: without statistics PostgreSQL would read the whole year for it, while others wait.
+                    "SELECT pno_prot FROM admin.pnota1 WHERE EXTRACT(YEAR FROM pno_data) = :anno AND pno_sez = :sez"
+                    " AND pno_reg = :reg AND pno_prot IS NOT NULL ORDER BY pno_prot DESC LIMIT 1");
     query.Param("anno").setAsLong(year);
     query.Param("sez").setAsLong(section);
     query.Param("reg").setAsLong(vat_register);

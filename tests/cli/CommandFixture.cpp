@@ -35,7 +35,7 @@ void CommandTest::SetUp()
     unsetenv("LUMERA_ARCHIVIO");
 }
 
-CommandRun CommandTest::Run(std::vector<std::string> words) const
+CommandRun CommandTest::Lumera(std::vector<std::string> words) const
 {
     words.insert(words.begin(), {"--archivio", Archive(), "--oggi", "2026-06-01"});
     return RunWords(words);
@@ -45,7 +45,7 @@ CommandRun CommandTest::Store(const std::string &json, const std::vector<std::st
 {
     std::vector<std::string> words = more;
     words.insert(words.end(), {"pnota", "registra", Written("movimento.json", json).string()});
-    return Run(words);
+    return Lumera(words);
 }
 
 std::filesystem::path CommandTest::Written(const std::string &name, const std::string &bytes) const

@@ -25,12 +25,11 @@ class CommandTest : public ArchiveTest {
     void SetUp() override;
 
     /// Runs a command on the archive of the test.
-    CommandRun Run(std::vector<std::string> words) const;
+    CommandRun Lumera(std::vector<std::string> words) const;
     /// Stores an entry given as JSON. @param more  further options
     CommandRun Store(const std::string &json, const std::vector<std::string> &more = {}) const;
     std::filesystem::path Written(const std::string &name, const std::string &bytes) const;
     std::string Count(const std::string &table) { return Value("SELECT COUNT(*) FROM admin." + table); }
-    using ArchiveTest::Run;
 
     /// Gives up the sessions of this process, so that it can fork: an engine's session must not be shared with a child.
     void Disconnect();

@@ -94,7 +94,8 @@ TEST_P(CorpusTest, IsReadFiledAndRegisteredWithoutAFault)
     for (const auto &[name, special] : files) {
         const std::vector<ImportResult> results = ImportInvoices(Cmd(), {Corpus() / name});
         ASSERT_EQ(results.size(), 1u);
-        EXPECT_EQ(results[0].outcome == ImportOutcome::Refused, IsBeyondReading(special)) << name << " (" << special << "): " << results[0].text;
+        EXPECT_EQ(results[0].outcome == ImportOutcome::Refused, IsBeyondReading(special))
+            << name << " (" << special << "): " << results[0].text;
         if (results[0].code != 0) loaded.insert(results[0].code);
         if (special.find("tax does not match the rate") != std::string::npos) inconsistent.insert(results[0].code);
     }
@@ -118,7 +119,8 @@ TEST_P(CorpusTest, IsReadFiledAndRegisteredWithoutAFault)
             const RegistrationOutcome outcome = Register(code, 0, document);
             EXPECT_TRUE(outcome.registered) << content.FileName() << ": " << outcome.reason;
             registered += outcome.registered ? 1 : 0;
-            if (inconsistent.contains(code)) doubtful.push_back(fmt::format("Movimento {} riga IVA 1", outcome.entry.pno_codice));
+            if (inconsistent.contains(code))
+                doubtful.push_back(fmt::format("Movimento {} riga IVA 1", outcome.entry.pno_codice));
         }
     }
     EXPECT_EQ(registered, bodies);

@@ -5,7 +5,6 @@
 
 #include <zip.h>
 
-
 namespace {
 
 using testing::HasSubstr;
@@ -14,7 +13,10 @@ constexpr std::size_t kGoodSamples = 13;
 
 class ImportTest : public InvoiceTest {
   protected:
-    ImportResult Import(const std::string &bytes, const std::string &name = "prova.xml") { return ImportInvoice(Cmd(), name, name, bytes); }
+    ImportResult Import(const std::string &bytes, const std::string &name = "prova.xml")
+    {
+        return ImportInvoice(Cmd(), name, name, bytes);
+    }
     std::filesystem::path Written(const std::string &name, const std::string &bytes)
     {
         const std::filesystem::path file = Folder() / name;
@@ -42,7 +44,8 @@ std::array<std::size_t, 3> Outcomes(const std::vector<ImportResult> &results)
 TEST_P(ImportTest, SamplesAreFiledOnceAndKeepTheirBytes)
 {
     std::vector<std::string> followed;
-    const std::vector<ImportResult> first = ImportInvoices(Cmd(), {SampleFolder("fatture")}, [&](const ImportResult &result) { followed.push_back(result.origin); });
+    const std::vector<ImportResult> first = ImportInvoices(
+        Cmd(), {SampleFolder("fatture")}, [&](const ImportResult &result) { followed.push_back(result.origin); });
     EXPECT_EQ(Outcomes(first), (std::array<std::size_t, 3>{kGoodSamples, 0, 0}));
     EXPECT_EQ(followed.size(), kGoodSamples);
     for (const ImportResult &result : first) {
@@ -73,7 +76,8 @@ TEST_P(ImportTest, SameContentIsKnownUnderAnotherNameAndWithoutItsSignature)
     EXPECT_EQ(Count("allegati"), "2");
 }
 
-// --- files that are refused -------------------------------------------------------------------------------------------
+// --- files that are refused
+// -------------------------------------------------------------------------------------------
 
 struct Refusal {
     const char *name;
@@ -95,7 +99,8 @@ std::vector<Refusal> Refusals()
         {"web page", "<?xml version=\"1.0\"?><html/>", "html"},
         {"no body", header + "</p:FatturaElettronica>", "FatturaElettronicaBody"},
         {"no number", Replaced(valid, "<Numero>7/P</Numero>", ""), "Numero"},
-        {"amount in words", Replaced(valid, "<ImponibileImporto>100.00", "<ImponibileImporto>cento"), "ImponibileImporto"},
+        {"amount in words", Replaced(valid, "<ImponibileImporto>100.00", "<ImponibileImporto>cento"),
+         "ImponibileImporto"},
         {"entity bomb", Replaced(valid, "<p:Fattura", "<!DOCTYPE a [<!ENTITY b \"bbbb\">]><p:Fattura"), "DTD"},
         {"half an envelope", ReadSample("IT06186527153_E4187.xml.p7m").substr(0, 3000), "busta di firma"},
         {"51 MB", std::string(51'000'000, ' '), "50 MB"},
@@ -119,7 +124,8 @@ TEST_P(ImportTest, HugeFileIsRefusedUnread)
 {
     const std::filesystem::path file = Written("grande.xml", "<");
     std::filesystem::resize_file(file, 51'000'000);
-    const std::vector<ImportResult> results = ImportInvoices(Cmd(), {file, Written("vuoto.xml", ""), Folder() / "manca.xml"});
+    const std::vector<ImportResult> results =
+        ImportInvoices(Cmd(), {file, Written("vuoto.xml", ""), Folder() / "manca.xml"});
     ASSERT_EQ(results.size(), 3u);
     EXPECT_THAT(results[0].text, HasSubstr("supera il limite"));
     EXPECT_THAT(results[1].text, HasSubstr("vuoto"));
@@ -133,12 +139,14 @@ TEST_P(ImportTest, EightRatesAreFiled)
     EXPECT_EQ(Import(ReadSample("IT19949417158_1B0V8.xml")).outcome, ImportOutcome::Loaded);
 }
 
-// --- buyer and company ------------------------------------------------------------------------------------------------
+// --- buyer and company
+// ------------------------------------------------------------------------------------------------
 
 TEST_P(ImportTest, InvoiceToAnotherCompanyIsAskedFor)
 {
     const std::string bytes = ReadSample("IT05098487365_2190V.xml"), before = Stored();
-    const std::string question = "Partita Iva/Codice fiscale non corrispondenti per il file :\n\ncartella/prova.xml\n\nVuoi Continuare ?";
+    const std::string question =
+        "Partita Iva/Codice fiscale non corrispondenti per il file :\n\ncartella/prova.xml\n\nVuoi Continuare ?";
     user_.Expect(question, IDNO);
     const ImportResult refused = ImportInvoice(Cmd(), "cartella/prova.xml", "prova.xml", bytes);
     EXPECT_EQ(refused.outcome, ImportOutcome::Refused);
@@ -148,7 +156,8 @@ TEST_P(ImportTest, InvoiceToAnotherCompanyIsAskedFor)
 
     user_.Expect(question, IDYES);
     EXPECT_EQ(ImportInvoice(Cmd(), "cartella/prova.xml", "prova.xml", bytes).outcome, ImportOutcome::Loaded);
-    EXPECT_EQ(ImportInvoice(Cmd(), "cartella/prova.xml", "prova.xml", bytes).outcome, ImportOutcome::AlreadyThere) << "not asked again";
+    EXPECT_EQ(ImportInvoice(Cmd(), "cartella/prova.xml", "prova.xml", bytes).outcome, ImportOutcome::AlreadyThere)
+        << "not asked again";
 }
 
 TEST_P(ImportTest, BuyerIsKnownByEitherNumberAndContradictedByEach)
@@ -157,21 +166,28 @@ TEST_P(ImportTest, BuyerIsKnownByEitherNumberAndContradictedByEach)
         const char *name, *vat, *fiscal_code;
         bool ours;
     };
-    const std::string ours = "<IdFiscaleIVA><IdPaese>IT</IdPaese><IdCodice>08235227348</IdCodice></IdFiscaleIVA>\n<Anagrafica>";
+    const std::string ours =
+        "<IdFiscaleIVA><IdPaese>IT</IdPaese><IdCodice>08235227348</IdCodice></IdFiscaleIVA>\n<Anagrafica>";
     const std::string valid = InvoiceText({});
     ASSERT_NE(valid.find(ours), std::string::npos);
     int number = 0;
     lumera_db_impo.dit_codfis = "BRNZLL70A01G337X"; // a sole trader: the two numbers differ
-    for (const Case &test : {Case{"both", "08235227348", "BRNZLL70A01G337X", true}, Case{"VAT number alone", "08235227348", "", true},
-                             Case{"fiscal code alone, lower case", "", "brnzll70a01g337x", true},
-                             Case{"VAT number as fiscal code", "", "08235227348", true}, Case{"other fiscal code", "08235227348", "92018467347", false},
-                             Case{"other VAT number", "01251347207", "BRNZLL70A01G337X", false}, Case{"no number", "", "", false}}) {
+    for (const Case &test :
+         {Case{"both", "08235227348", "BRNZLL70A01G337X", true}, Case{"VAT number alone", "08235227348", "", true},
+          Case{"fiscal code alone, lower case", "", "brnzll70a01g337x", true},
+          Case{"VAT number as fiscal code", "", "08235227348", true},
+          Case{"other fiscal code", "08235227348", "92018467347", false},
+          Case{"other VAT number", "01251347207", "BRNZLL70A01G337X", false}, Case{"no number", "", "", false}}) {
         SCOPED_TRACE(test.name);
         std::string party;
-        if (*test.vat != 0) party += fmt::format("<IdFiscaleIVA><IdPaese>IT</IdPaese><IdCodice>{}</IdCodice></IdFiscaleIVA>", test.vat);
+        if (*test.vat != 0)
+            party += fmt::format("<IdFiscaleIVA><IdPaese>IT</IdPaese><IdCodice>{}</IdCodice></IdFiscaleIVA>", test.vat);
         if (*test.fiscal_code != 0) party += fmt::format("<CodiceFiscale>{}</CodiceFiscale>", test.fiscal_code);
-        if (!test.ours) user_.Expect("Partita Iva/Codice fiscale non corrispondenti per il file :\n\nprova.xml\n\nVuoi Continuare ?", IDNO);
-        const std::string bytes = Replaced(Replaced(valid, ours, party + "<Anagrafica>"), "7/P", std::to_string(++number));
+        if (!test.ours)
+            user_.Expect(
+                "Partita Iva/Codice fiscale non corrispondenti per il file :\n\nprova.xml\n\nVuoi Continuare ?", IDNO);
+        const std::string bytes =
+            Replaced(Replaced(valid, ours, party + "<Anagrafica>"), "7/P", std::to_string(++number));
         EXPECT_EQ(Import(bytes).outcome, test.ours ? ImportOutcome::Loaded : ImportOutcome::Refused);
     }
 }
@@ -185,12 +201,14 @@ TEST(CompanyForInvoicesTest, WhatIsMissingIsNamedInOrder)
     company.dit_piva = "08235227348";
     EXPECT_EQ(CompanyFaultForInvoices(company), "Identificativo Nazione (ISO alpha-2) non impostato su ditta!");
     company.dit_naz = "I";
-    EXPECT_EQ(CompanyFaultForInvoices(company), "Il codice nazione impostato sulla ditta deve essere di due caratteri!");
+    EXPECT_EQ(CompanyFaultForInvoices(company),
+              "Il codice nazione impostato sulla ditta deve essere di due caratteri!");
     company.dit_naz = "IT";
     EXPECT_EQ(CompanyFaultForInvoices(company), "");
 }
 
-// --- folders and archives ---------------------------------------------------------------------------------------------
+// --- folders and archives
+// ---------------------------------------------------------------------------------------------
 
 struct Member {
     std::string name, bytes;
@@ -201,7 +219,8 @@ std::string ZipOf(const std::filesystem::path &file, const std::vector<Member> &
     int code = 0;
     zip_t *archive = zip_open(file.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code);
     for (const Member &member : members)
-        zip_file_add(archive, member.name.c_str(), zip_source_buffer(archive, member.bytes.data(), member.bytes.size(), 0), ZIP_FL_ENC_UTF_8);
+        zip_file_add(archive, member.name.c_str(),
+                     zip_source_buffer(archive, member.bytes.data(), member.bytes.size(), 0), ZIP_FL_ENC_UTF_8);
     EXPECT_EQ(zip_close(archive), 0);
     return ReadWholeFile(file, 10'000'000);
 }
@@ -221,8 +240,13 @@ TEST_P(ImportTest, FolderIsWalkedToTheBottom)
 TEST_P(ImportTest, ZipIsWalkedAndItsNamesStayInside)
 {
     const std::filesystem::path file = Folder() / "scaricate.zip";
-    ZipOf(file, {{"2026/03/uno.xml", WithNumber("1")}, {"../../fuori.xml", WithNumber("2")}, {"C:\\temp\\due.xml", WithNumber("3")},
-                 {"2026/leggimi.pdf", "%PDF"}, {"__MACOSX/2026/._uno.xml", "x"}, {"copia.xml", WithNumber("1")}, {"nota.xml", "<a/>"}});
+    ZipOf(file, {{"2026/03/uno.xml", WithNumber("1")},
+                 {"../../fuori.xml", WithNumber("2")},
+                 {"C:\\temp\\due.xml", WithNumber("3")},
+                 {"2026/leggimi.pdf", "%PDF"},
+                 {"__MACOSX/2026/._uno.xml", "x"},
+                 {"copia.xml", WithNumber("1")},
+                 {"nota.xml", "<a/>"}});
     const std::vector<ImportResult> results = ImportInvoices(Cmd(), {file});
     EXPECT_EQ(Outcomes(results), (std::array<std::size_t, 3>{3, 1, 1}));
     EXPECT_EQ(results.at(0).origin, "scaricate.zip: 2026/03/uno.xml");
@@ -232,7 +256,8 @@ TEST_P(ImportTest, ZipIsWalkedAndItsNamesStayInside)
 
 TEST_P(ImportTest, DamagedZipIsReportedAndTheRestGoesOn)
 {
-    const std::string whole = ZipOf(Folder() / "intero.zip", {{"uno.xml", WithNumber("1")}, {"due.xml", WithNumber("2")}});
+    const std::string whole =
+        ZipOf(Folder() / "intero.zip", {{"uno.xml", WithNumber("1")}, {"due.xml", WithNumber("2")}});
     std::string broken_member = whole;
     for (std::size_t i = 60; i < 90; ++i) broken_member[i] = '\x55'; // inside the first member's packed bytes
     const std::vector<ImportResult> results =

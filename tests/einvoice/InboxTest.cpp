@@ -13,7 +13,8 @@ class InboxTest : public InvoiceTest {
     {
         std::vector<std::string> rows;
         ForEachInvoice(Cmd(), first, last, [&](const InvoiceRow &row) {
-            rows.push_back(fmt::format("{} {} {}{}", row.number, row.supplier_name, row.is_registered ? "R" : "", row.is_in_warehouse ? "M" : ""));
+            rows.push_back(fmt::format("{} {} {}{}", row.number, row.supplier_name, row.is_registered ? "R" : "",
+                                       row.is_in_warehouse ? "M" : ""));
             return true;
         });
         return rows;
@@ -32,7 +33,8 @@ TEST_P(InboxTest, ListShowsSupplierAndStatus)
     const long code = Filed(InvoiceSpec{});
     EXPECT_THAT(Listed(), ElementsAre("42 *** SCONOSCIUTO *** ", "7/P Utensileria Marzavola S.r.l. "));
     ASSERT_TRUE(Register(code).registered);
-    Run("INSERT INTO admin.testate1 (tes_codice, tes_anno, tes_cod_for, tes_n_fat, tes_d_fat) VALUES (1, 2026, 1, '7/P', '2026-03-10')");
+    Run("INSERT INTO admin.testate1 (tes_codice, tes_anno, tes_cod_for, tes_n_fat, tes_d_fat) VALUES (1, 2026, 1, "
+        "'7/P', '2026-03-10')");
     EXPECT_THAT(Listed(), ElementsAre("42 *** SCONOSCIUTO *** ", "7/P Utensileria Marzavola S.r.l. RM"));
 }
 
@@ -67,10 +69,13 @@ TEST_P(InboxTest, DamagedBytesInTheArchiveDoNotStopTheList)
 
 TEST_P(InboxTest, XmlOfASignedFileIsItsContentAndTheP7mIsUntouched)
 {
-    const std::string der = ReadSample("IT06186527153_E4187.xml.p7m"), base64 = ReadSample("IT19949417158_1E55K.xml.p7m");
-    const long in_der = Filed(der, "IT06186527153_E4187.xml.p7m"), in_base64 = Filed(base64, "IT19949417158_1E55K.XML.P7M");
+    const std::string der = ReadSample("IT06186527153_E4187.xml.p7m"),
+                      base64 = ReadSample("IT19949417158_1E55K.xml.p7m");
+    const long in_der = Filed(der, "IT06186527153_E4187.xml.p7m"),
+               in_base64 = Filed(base64, "IT19949417158_1E55K.XML.P7M");
     const std::string xml = Exported(in_der, false);
-    EXPECT_TRUE(xml.starts_with("<?xml") && xml.find("</p:FatturaElettronica>") > xml.size() - 40) << "from the first byte to the last";
+    EXPECT_TRUE(xml.starts_with("<?xml") && xml.find("</p:FatturaElettronica>") > xml.size() - 40)
+        << "from the first byte to the last";
     EXPECT_NE(der.find(xml), std::string::npos) << "in DER the content lies in one piece";
     EXPECT_TRUE(Exported(in_der, true) == der);
     EXPECT_TRUE(Exported(in_base64, true) == base64);

@@ -17,8 +17,9 @@ std::string Element(const char *name, const std::string &value)
 std::string SummaryRow(const SummarySpec &row)
 {
     return "<DatiRiepilogo>" + Element("AliquotaIVA", row.rate) + Element("Natura", row.nature) +
-           Element("Arrotondamento", row.rounding) + Element("ImponibileImporto", row.taxable) + Element("Imposta", row.tax) +
-           Element("EsigibilitaIVA", row.due) + Element("RiferimentoNormativo", row.law) + "</DatiRiepilogo>";
+           Element("Arrotondamento", row.rounding) + Element("ImponibileImporto", row.taxable) +
+           Element("Imposta", row.tax) + Element("EsigibilitaIVA", row.due) + Element("RiferimentoNormativo", row.law) +
+           "</DatiRiepilogo>";
 }
 
 } // namespace
@@ -48,14 +49,19 @@ std::string InvoiceText(const InvoiceSpec &spec)
 {
     std::string summary;
     for (const SummarySpec &row : spec.summary) summary += SummaryRow(row);
-    const std::string stamp = spec.stamp.empty() ? "" : "<DatiBollo><BolloVirtuale>SI</BolloVirtuale>" + Element("ImportoBollo", spec.stamp) + "</DatiBollo>";
-    const std::string vat = spec.seller_vat.empty() ? "" : "<IdFiscaleIVA>" + Element("IdPaese", spec.seller_country) + Element("IdCodice", spec.seller_vat) + "</IdFiscaleIVA>";
+    const std::string stamp = spec.stamp.empty() ? ""
+                                                 : "<DatiBollo><BolloVirtuale>SI</BolloVirtuale>" +
+                                                       Element("ImportoBollo", spec.stamp) + "</DatiBollo>";
+    const std::string vat = spec.seller_vat.empty() ? ""
+                                                    : "<IdFiscaleIVA>" + Element("IdPaese", spec.seller_country) +
+                                                          Element("IdCodice", spec.seller_vat) + "</IdFiscaleIVA>";
     return R"(<?xml version="1.0" encoding="UTF-8"?>
 <p:FatturaElettronica versione="FPR12" xmlns:p="http://ivaservizi.agenziaentrate.gov.it/docs/xsd/fatture/v1.2">
 <FatturaElettronicaHeader><DatiTrasmissione><IdTrasmittente><IdPaese>IT</IdPaese><IdCodice>02565617350</IdCodice></IdTrasmittente>
 <ProgressivoInvio>1</ProgressivoInvio><FormatoTrasmissione>FPR12</FormatoTrasmissione><CodiceDestinatario>ABCDEFG</CodiceDestinatario></DatiTrasmissione>
 <CedentePrestatore><DatiAnagrafici>)" +
-           vat + Element("CodiceFiscale", spec.seller_fiscal_code) + "<Anagrafica>" + spec.seller_name + R"(</Anagrafica>
+           vat + Element("CodiceFiscale", spec.seller_fiscal_code) + "<Anagrafica>" + spec.seller_name +
+           R"(</Anagrafica>
 <RegimeFiscale>RF01</RegimeFiscale></DatiAnagrafici><Sede><Indirizzo>Via Gandhi</Indirizzo><NumeroCivico>21</NumeroCivico><CAP>42123</CAP>
 <Comune>Reggio nell'Emilia</Comune><Provincia>RE</Provincia><Nazione>IT</Nazione></Sede>)" +
            spec.rea + R"(</CedentePrestatore>
@@ -63,8 +69,9 @@ std::string InvoiceText(const InvoiceSpec &spec)
 <Anagrafica><Denominazione>Brenzola Forniture S.r.l.</Denominazione></Anagrafica></DatiAnagrafici>
 <Sede><Indirizzo>Via dell'Artigianato 14</Indirizzo><CAP>43126</CAP><Comune>Parma</Comune><Nazione>IT</Nazione></Sede></CessionarioCommittente>
 </FatturaElettronicaHeader><FatturaElettronicaBody><DatiGenerali><DatiGeneraliDocumento>)" +
-           Element("TipoDocumento", spec.type) + "<Divisa>EUR</Divisa>" + Element("Data", spec.date) + Element("Numero", spec.number) + stamp +
-           Element("ImportoTotaleDocumento", spec.total) + Element("Arrotondamento", spec.rounding) + R"(</DatiGeneraliDocumento></DatiGenerali>
+           Element("TipoDocumento", spec.type) + "<Divisa>EUR</Divisa>" + Element("Data", spec.date) +
+           Element("Numero", spec.number) + stamp + Element("ImportoTotaleDocumento", spec.total) +
+           Element("Arrotondamento", spec.rounding) + R"(</DatiGeneraliDocumento></DatiGenerali>
 <DatiBeniServizi><DettaglioLinee><NumeroLinea>1</NumeroLinea><Descrizione>Merce</Descrizione><PrezzoUnitario>100.00</PrezzoUnitario>
 <PrezzoTotale>100.00</PrezzoTotale><AliquotaIVA>22.00</AliquotaIVA></DettaglioLinee>)" +
            summary + "</DatiBeniServizi></FatturaElettronicaBody></p:FatturaElettronica>\n";
@@ -82,7 +89,8 @@ std::vector<std::string> InvoiceTest::RowsOf(const PNOTA &entry)
     std::vector<std::string> rows;
     for (const PNOTA_RIGA &row : entry.righe) {
         if (row.InUse())
-            rows.push_back(fmt::format("{}.{}.{} {} {:.2f}", row.row_mas, row.row_con, row.row_sot, row.row_tipo.str(), row.row_importo));
+            rows.push_back(fmt::format("{}.{}.{} {} {:.2f}", row.row_mas, row.row_con, row.row_sot, row.row_tipo.str(),
+                                       row.row_importo));
     }
     return rows;
 }
@@ -98,6 +106,7 @@ std::string InvoiceTest::Stored()
 std::string InvoiceTest::ArchiveFaults()
 {
     std::string text;
-    for (const ArchiveFault &fault : CheckArchive(Cmd()).faults) text += fmt::format("{} {}: {}\n", fault.kind, fault.where, fault.text);
+    for (const ArchiveFault &fault : CheckArchive(Cmd()).faults)
+        text += fmt::format("{} {}: {}\n", fault.kind, fault.where, fault.text);
     return text;
 }

@@ -7,7 +7,8 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr const char *kDuplicate = "Attenzione!\n\nE' già stato registrato un documento con lo stesso numero il 10/03/2026.\n\nVuoi Continuare?";
+constexpr const char *kDuplicate =
+    "Attenzione!\n\nE' già stato registrato un documento con lo stesso numero il 10/03/2026.\n\nVuoi Continuare?";
 constexpr const char *kNoTerms = "Nessuna modalità di pagamento impostata sul fornitore!\n\nNessuna scadenza generata.";
 constexpr const char *kSevenRates = "Non è possibile gestire più di 7 aliquote iva!";
 constexpr const char *kOtherYear = "Non è possibile contabilizzare il documento nell'anno corrente!";
@@ -24,18 +25,21 @@ class RegistrationTest : public InvoiceTest {
     std::vector<std::string> Instalments(long entry)
     {
         std::vector<std::string> found;
-        SACommand query(Cmd()->Connection(), "SELECT sca_data, sca_importo FROM admin.scadenze WHERE sca_pno = :pno ORDER BY sca_num");
+        SACommand query(Cmd()->Connection(),
+                        "SELECT sca_data, sca_importo FROM admin.scadenze WHERE sca_pno = :pno ORDER BY sca_num");
         query.Param("pno").setAsLong(entry);
         query.Execute();
         while (query.FetchNext())
-            found.push_back(fmt::format("{} {:.2f}", FormatDate(FromSqlDate(query.Field("sca_data").asDateTime())), query.Field("sca_importo").asDouble()));
+            found.push_back(fmt::format("{} {:.2f}", FormatDate(FromSqlDate(query.Field("sca_data").asDateTime())),
+                                        query.Field("sca_importo").asDouble()));
         return found;
     }
 };
 
 TEST_P(RegistrationTest, InvoiceBecomesABalancedEntryWithItsInstalments)
 {
-    const RegistrationOutcome outcome = Register(Filed(ReadSample("IT02565617350_00A24.xml"), "IT02565617350_00A24.xml"));
+    const RegistrationOutcome outcome =
+        Register(Filed(ReadSample("IT02565617350_00A24.xml"), "IT02565617350_00A24.xml"));
     ASSERT_TRUE(outcome.registered) << outcome.reason;
     const PNOTA &entry = outcome.entry;
     EXPECT_EQ(entry.pno_reg, 2);
@@ -93,20 +97,24 @@ TEST_P(RegistrationTest, EverySampleComesOutAtItsTotal)
         }
         EXPECT_THAT(codes, testing::UnorderedElementsAreArray(sample.vat_codes));
         EXPECT_EQ(outcome.instalments, sample.instalments);
-        EXPECT_EQ(Value(fmt::format("SELECT COUNT(*) FROM admin.scadenze WHERE sca_pno = {}", outcome.entry.pno_codice)), std::to_string(sample.instalments));
+        EXPECT_EQ(
+            Value(fmt::format("SELECT COUNT(*) FROM admin.scadenze WHERE sca_pno = {}", outcome.entry.pno_codice)),
+            std::to_string(sample.instalments));
     }
     EXPECT_EQ(Value("SELECT MAX(pno_prot) FROM admin.pnota1"), std::to_string(samples.size()));
     EXPECT_EQ(ArchiveFaults(), "");
 }
 
-// --- VAT lines --------------------------------------------------------------------------------------------------------
+// --- VAT lines
+// --------------------------------------------------------------------------------------------------------
 
 TEST_P(RegistrationTest, MissingVatCodeIsAskedForWithNatureAndLaw)
 {
     Run("DELETE FROM admin.codiva WHERE iva_tip = 3");
     InvoiceSpec spec;
     spec.summary = {{"0.00", "122.00", "0.00", "N3.5", "", "art. 8 c. 1 lett. c)", ""}};
-    const std::string question = "Selezionare Aliquota IVA 0.00\n\nNatura : NON IMPONIBILE\n\nRif.to Normativo : art. 8 c. 1 lett. c)";
+    const std::string question =
+        "Selezionare Aliquota IVA 0.00\n\nNatura : NON IMPONIBILE\n\nRif.to Normativo : art. 8 c. 1 lett. c)";
     const long code = Filed(spec);
     user_.Expect(question);
     ExpectRefused(Register(code), "Codice IVA non individuato.");
@@ -119,7 +127,8 @@ TEST_P(RegistrationTest, MissingVatCodeIsAskedForWithNatureAndLaw)
     const ALLEGATI filed = LoadInvoice(Cmd(), code, &content);
     user_.Expect(question);
     user_.Expect("L'aliquota iva selezionata non è conforme a quanto indicato in fattura!");
-    EXPECT_TRUE(PrepareInvoiceEntry(Cmd(), filed, content, 0, 0, choices_, &prepared, &reason)) << "a message, no refusal";
+    EXPECT_TRUE(PrepareInvoiceEntry(Cmd(), filed, content, 0, 0, choices_, &prepared, &reason))
+        << "a message, no refusal";
     EXPECT_EQ(prepared.entry.iva[0].iva, 22);
 
     chosen = 355;
@@ -154,12 +163,36 @@ TEST_P(RegistrationTest, CreditNotesStandOnTheOtherSideWhateverTheirSign)
 {
     const std::vector<SignCase> cases = {
         {"invoice", "TD01", {{"22.00", "100.00", "22.00", "", "", "", ""}}, "122.00", {"100.00 22.00"}, kInvoiceRows},
-        {"credit note", "TD04", {{"22.00", "100.00", "22.00", "", "", "", ""}}, "122.00", {"-100.00 -22.00"}, kSwappedRows},
-        {"credit note already negative", "TD04", {{"22.00", "-100.00", "-22.00", "", "", "", ""}}, "-122.00", {"-100.00 -22.00"}, kSwappedRows},
-        {"credit note with a row against it", "TD04", {{"22.00", "100.00", "22.00", "", "", "", ""}, {"10.00", "-10.00", "-1.00", "", "", "", ""}}, "111.00",
-         {"-100.00 -22.00", "10.00 1.00"}, {"250.1.1 D 111.00", "260.1.1 A 21.00", "300.1.1 A 90.00"}},
-        {"negative invoice", "TD01", {{"22.00", "-100.00", "-22.00", "", "", "", ""}}, "-122.00", {"-100.00 -22.00"}, kSwappedRows},
-        {"debit note", "TD05", {{"22.00", "100.00", "22.00", "", "", "", ""}}, "122.00", {"100.00 22.00"}, kInvoiceRows},
+        {"credit note",
+         "TD04",
+         {{"22.00", "100.00", "22.00", "", "", "", ""}},
+         "122.00",
+         {"-100.00 -22.00"},
+         kSwappedRows},
+        {"credit note already negative",
+         "TD04",
+         {{"22.00", "-100.00", "-22.00", "", "", "", ""}},
+         "-122.00",
+         {"-100.00 -22.00"},
+         kSwappedRows},
+        {"credit note with a row against it",
+         "TD04",
+         {{"22.00", "100.00", "22.00", "", "", "", ""}, {"10.00", "-10.00", "-1.00", "", "", "", ""}},
+         "111.00",
+         {"-100.00 -22.00", "10.00 1.00"},
+         {"250.1.1 D 111.00", "260.1.1 A 21.00", "300.1.1 A 90.00"}},
+        {"negative invoice",
+         "TD01",
+         {{"22.00", "-100.00", "-22.00", "", "", "", ""}},
+         "-122.00",
+         {"-100.00 -22.00"},
+         kSwappedRows},
+        {"debit note",
+         "TD05",
+         {{"22.00", "100.00", "22.00", "", "", "", ""}},
+         "122.00",
+         {"100.00 22.00"},
+         kInvoiceRows},
     };
     int number = 0;
     for (const SignCase &test : cases) {
@@ -183,9 +216,11 @@ TEST_P(RegistrationTest, CreditNotesStandOnTheOtherSideWhateverTheirSign)
 
 std::vector<SummarySpec> Rates(std::size_t count)
 {
-    const std::vector<SummarySpec> all = {{"22.00", "10.00", "2.20", "", "", "", ""}, {"10.00", "10.00", "1.00", "", "", "", ""}, {"5.00", "10.00", "0.50", "", "", "", ""},
-                                          {"4.00", "10.00", "0.40", "", "", "", ""}, {"0.00", "10.00", "0.00", "N1", "", "", ""}, {"0.00", "10.00", "0.00", "N2.2", "", "", ""},
-                                          {"0.00", "10.00", "0.00", "N3.6", "", "", ""}, {"0.00", "10.00", "0.00", "N4", "", "", ""}};
+    const std::vector<SummarySpec> all = {
+        {"22.00", "10.00", "2.20", "", "", "", ""},    {"10.00", "10.00", "1.00", "", "", "", ""},
+        {"5.00", "10.00", "0.50", "", "", "", ""},     {"4.00", "10.00", "0.40", "", "", "", ""},
+        {"0.00", "10.00", "0.00", "N1", "", "", ""},   {"0.00", "10.00", "0.00", "N2.2", "", "", ""},
+        {"0.00", "10.00", "0.00", "N3.6", "", "", ""}, {"0.00", "10.00", "0.00", "N4", "", "", ""}};
     return {all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count)};
 }
 
@@ -218,7 +253,8 @@ TEST_P(RegistrationTest, EightRatesOfTheSampleAreRefused)
     ExpectRefused(Register(code), kSevenRates);
 }
 
-// --- causale and year -------------------------------------------------------------------------------------------------
+// --- causale and year
+// -------------------------------------------------------------------------------------------------
 
 TEST_P(RegistrationTest, OnlyPurchaseCausaliWithVatAreTaken)
 {
@@ -259,7 +295,8 @@ TEST_P(RegistrationTest, OtherYearIsRefusedUnlessTheCompanyAllowsIt)
     EXPECT_EQ(FormatDate(outcome.entry.pno_data), "31/12/2025");
 }
 
-// --- duplicates -------------------------------------------------------------------------------------------------------
+// --- duplicates
+// -------------------------------------------------------------------------------------------------------
 
 TEST_P(RegistrationTest, SecondRegistrationIsAskedForAndNoStopsIt)
 {
@@ -289,7 +326,8 @@ TEST_P(RegistrationTest, SameNumberOfAnotherSupplierOrYearIsNoDuplicate)
     EXPECT_TRUE(Register(Filed(spec)).registered);
 }
 
-// --- totals -----------------------------------------------------------------------------------------------------------
+// --- totals
+// -----------------------------------------------------------------------------------------------------------
 
 struct RoundingCase {
     const char *name, *total, *of_document, *of_summary, *stamp;
@@ -301,7 +339,8 @@ TEST_P(RegistrationTest, SupplierIsOwedTheDeclaredTotal)
 {
     const std::string expense = "360.1.7 D ", income = "430.1.4 A ";
     const auto question = [](const char *total, const char *difference, const char *how) {
-        return fmt::format("Totale documento {}, riepilogo IVA 122,00, differenza {} ({}).\n\nVuoi Continuare ?", total, difference, how);
+        return fmt::format("Totale documento {}, riepilogo IVA 122,00, differenza {} ({}).\n\nVuoi Continuare ?", total,
+                           difference, how);
     };
     const char *const undeclared = "differenza non dichiarata tra totale del documento e riepilogo IVA";
     const std::vector<RoundingCase> cases = {
@@ -316,9 +355,14 @@ TEST_P(RegistrationTest, SupplierIsOwedTheDeclaredTotal)
         {"declared nowhere", "122.02", "", "", "", {"250.1.1 A 122.02", expense + "0.02"}, {}},
         {"the limit itself", "123.00", "1.00", "", "", {"250.1.1 A 123.00", expense + "1.00"}, {}},
         {"a cent above the limit", "123.01", "", "", "", {"250.1.1 A 122.00"}, question("123,01", "1,01", undeclared)},
-        {"stamp duty in the total, a cost", "124.00", "", "", "2.00", {"250.1.1 A 124.00", "300.1.1 D 102.00"}, {}},
         {"stamp duty beside the total", "122.00", "", "", "2.00", {"250.1.1 A 122.00"}, {}},
-        {"a slip of the pen", "1220.00", "", "", "", {"250.1.1 A 122.00"}, question("1.220,00", "1.098,00", undeclared)},
+        {"a slip of the pen",
+         "1220.00",
+         "",
+         "",
+         "",
+         {"250.1.1 A 122.00"},
+         question("1.220,00", "1.098,00", undeclared)},
     };
     int number = 0;
     for (const RoundingCase &test : cases) {
@@ -343,8 +387,25 @@ TEST_P(RegistrationTest, SupplierIsOwedTheDeclaredTotal)
         std::erase(rows, "260.1.1 D 22.00");
         std::erase(rows, "300.1.1 D 100.00");
         EXPECT_EQ(rows, test.rows);
-        EXPECT_EQ(outcome.notes.empty(), test.rows.size() == 1 && test.question.empty()) << "said, and only when there is something to say";
+        EXPECT_EQ(outcome.notes.empty(), test.rows.size() == 1 && test.question.empty())
+            << "said, and only when there is something to say";
     }
+    EXPECT_EQ(ArchiveFaults(), "");
+}
+
+// Above the limit of roundings, yet no rounding: what the seller charges on is a part of the cost.
+TEST_P(RegistrationTest, StampDutyInTheTotalIsOwedAndACost)
+{
+    InvoiceSpec spec;
+    spec.total = "124.00";
+    spec.stamp = "2.00";
+    const RegistrationOutcome outcome = Register(Filed(spec));
+    ASSERT_TRUE(outcome.registered) << outcome.reason;
+    EXPECT_THAT(RowsOf(outcome.entry), ElementsAre("250.1.1 A 124.00", "260.1.1 D 22.00", "300.1.1 D 102.00"));
+    EXPECT_THAT(
+        outcome.notes,
+        ElementsAre(
+            "Totale documento 124,00, riepilogo IVA 122,00, differenza 2,00 (imposta di bollo compresa nel totale)."));
     EXPECT_EQ(ArchiveFaults(), "");
 }
 
@@ -356,7 +417,8 @@ TEST_P(RegistrationTest, RoundingOfACreditNoteIsOnTheOtherSide)
     spec.rounding = "0.05";
     const RegistrationOutcome outcome = Register(Filed(spec));
     ASSERT_TRUE(outcome.registered) << outcome.reason;
-    EXPECT_THAT(RowsOf(outcome.entry), ElementsAre("250.1.1 D 122.05", "260.1.1 A 22.00", "300.1.1 A 100.00", "430.1.4 A 0.05"));
+    EXPECT_THAT(RowsOf(outcome.entry),
+                ElementsAre("250.1.1 D 122.05", "260.1.1 A 22.00", "300.1.1 A 100.00", "430.1.4 A 0.05"));
     EXPECT_EQ(ArchiveFaults(), "");
 }
 
@@ -366,8 +428,10 @@ TEST_P(RegistrationTest, WithoutARoundingAccountTheDifferenceIsAskedFor)
     InvoiceSpec spec;
     spec.total = "122.01";
     spec.rounding = "0.01";
-    user_.Expect("Totale documento 122,01, riepilogo IVA 122,00, differenza 0,01 (arrotondamento del documento, oltre il riepilogo "
-                 "IVA).\n\nVuoi Continuare ?", IDNO);
+    user_.Expect("Totale documento 122,01, riepilogo IVA 122,00, differenza 0,01 (arrotondamento del documento, oltre "
+                 "il riepilogo "
+                 "IVA).\n\nVuoi Continuare ?",
+                 IDNO);
     EXPECT_FALSE(Register(Filed(spec)).registered);
 }
 
@@ -381,7 +445,8 @@ TEST_P(RegistrationTest, SplitPaymentIsMarkedAndSaid)
     EXPECT_THAT(outcome.notes, ElementsAre("Scissione dei pagamenti: l'imposta non è dovuta al fornitore."));
 }
 
-// --- instalments, files, bodies ---------------------------------------------------------------------------------------
+// --- instalments, files, bodies
+// ---------------------------------------------------------------------------------------
 
 TEST_P(RegistrationTest, SupplierWithoutTermsGetsNoInstalments)
 {
@@ -408,7 +473,8 @@ TEST_P(RegistrationTest, FilesAreAttachedByteForByteAndOutliveTheFiledOnes)
     const RegistrationOutcome outcome = Register(code);
     ASSERT_TRUE(outcome.registered) << outcome.reason;
     DeleteInvoice(Cmd(), code);
-    SACommand files(Cmd()->Connection(), "SELECT pat_fname, pat_data FROM admin.pnotaall WHERE pat_pno = :pno ORDER BY pat_codice");
+    SACommand files(Cmd()->Connection(),
+                    "SELECT pat_fname, pat_data FROM admin.pnotaall WHERE pat_pno = :pno ORDER BY pat_codice");
     files.Param("pno").setAsLong(outcome.entry.pno_codice);
     files.Execute();
     ASSERT_TRUE(files.FetchNext());
@@ -427,11 +493,13 @@ TEST_P(RegistrationTest, BodiesOfOneFileHaveTheirOwnStatus)
     ASSERT_TRUE(second.registered) << second.reason;
     std::vector<std::string> rows;
     ForEachInvoice(Cmd(), 0, 0, [&](const InvoiceRow &row) {
-        rows.push_back(fmt::format("{}/{} {} {} n. {} {:.2f} {} {}", row.document, row.documents, row.supplier, row.type_text, row.number, row.total, row.entry, row.is_registered));
+        rows.push_back(fmt::format("{}/{} {} {} n. {} {:.2f} {} {}", row.document, row.documents, row.supplier,
+                                   row.type_text, row.number, row.total, row.entry, row.is_registered));
         return true;
     });
-    EXPECT_THAT(rows, ElementsAre("0/2 24 FATTURA DIFFERITA DI CUI ALL'ART. 21, COMMA 4, LETT. A) n. 210 691.98 0 false",
-                                  fmt::format("1/2 24 FATTURA n. 211 225.70 {} true", second.entry.pno_codice)));
+    EXPECT_THAT(rows,
+                ElementsAre("0/2 24 FATTURA DIFFERITA DI CUI ALL'ART. 21, COMMA 4, LETT. A) n. 210 691.98 0 false",
+                            fmt::format("1/2 24 FATTURA n. 211 225.70 {} true", second.entry.pno_codice)));
     EXPECT_EQ(Register(code, 0, 2).reason, "Il file contiene 2 documenti.");
     EXPECT_TRUE(Register(code, 0, 0).registered);
 }

@@ -2,9 +2,10 @@
 
 namespace {
 
-const char *const kNotFound =
-    "Non è stato possibile individuare il fornitore con la partita IVA o con il codice Fiscale!\n\nVuoi cercarlo manualmente "
-    "?\n\nRispondi :\nSI - per cercalo\nNO - per creare un nuovo Fornitore\nAnnulla - per annullare la contabilizzazione";
+const char *const kNotFound = "Non è stato possibile individuare il fornitore con la partita IVA o con il codice "
+                              "Fiscale!\n\nVuoi cercarlo manualmente "
+                              "?\n\nRispondi :\nSI - per cercalo\nNO - per creare un nuovo Fornitore\nAnnulla - per "
+                              "annullare la contabilizzazione";
 constexpr const char *kNoTerms = "Nessuna modalità di pagamento impostata sul fornitore!\n\nNessuna scadenza generata.";
 
 InvoiceSpec FromUnknownSeller()
@@ -83,7 +84,9 @@ TEST_P(SupplierTest, CancelAndAChoiceGivenUpStopWithNothingStored)
 
 TEST_P(SupplierTest, ChosenSupplierIsUsed)
 {
-    choices_.choose_supplier = [](const fatturapa::PartyType &seller) { return seller.DatiAnagrafici.IdFiscaleIVA.IdCodice == "01251347207" ? 3L : 0L; };
+    choices_.choose_supplier = [](const fatturapa::PartyType &seller) {
+        return seller.DatiAnagrafici.IdFiscaleIVA.IdCodice == "01251347207" ? 3L : 0L;
+    };
     user_.Expect(kNotFound, IDYES);
     const RegistrationOutcome outcome = Register(Filed(FromUnknownSeller()));
     ASSERT_TRUE(outcome.registered) << outcome.reason;
@@ -94,8 +97,9 @@ TEST_P(SupplierTest, ChosenSupplierIsUsed)
 TEST_P(SupplierTest, NewLegalPersonCarriesTheSellersData)
 {
     InvoiceSpec spec = FromUnknownSeller();
-    spec.rea = "<IscrizioneREA><Ufficio>MO</Ufficio><NumeroREA>991</NumeroREA><SocioUnico>SU</SocioUnico>"
-               "<StatoLiquidazione>LS</StatoLiquidazione></IscrizioneREA><Contatti><Telefono>059 000</Telefono></Contatti>";
+    spec.rea =
+        "<IscrizioneREA><Ufficio>MO</Ufficio><NumeroREA>991</NumeroREA><SocioUnico>SU</SocioUnico>"
+        "<StatoLiquidazione>LS</StatoLiquidazione></IscrizioneREA><Contatti><Telefono>059 000</Telefono></Contatti>";
     choices_.confirm_supplier = [](FORNITORI *prepared) {
         prepared->for_pag = 45;
         return true;

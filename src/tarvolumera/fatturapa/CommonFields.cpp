@@ -42,6 +42,7 @@ void ReadDocumentDay(ReadContext &context, long &value)
         context.RefuseDocument(fmt::format("DatiGeneraliDocumento/Data \"{}\": {}", Utf8Prefix(text, 40),
                                            day ? "data non plausibile" : "non è una data del calendario"));
     }
+    context.WarnOfBlanks(text);
     value = *day;
 }
 

@@ -178,6 +178,7 @@ template <std::optional<double> SummaryRow::*M>
 void RequiredAmount(ReadContext &context, SummaryRow &target)
 {
     const std::string_view text = context.xml.Text();
+    context.WarnOfBlanks(text);
     target.*M = ParseXmlAmount(text);
     if (!(target.*M)) {
         context.RefuseDocument(

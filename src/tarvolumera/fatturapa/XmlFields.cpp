@@ -153,6 +153,7 @@ void ReadText(ReadContext &context, std::string &value)
 void ReadAmount(ReadContext &context, std::optional<double> &value)
 {
     const std::string_view text = context.xml.Text();
+    context.WarnOfBlanks(text);
     value = ParseXmlAmount(text);
     if (!value && !text.empty()) context.WarnOfText(text, "non è un importo valido, ignorato");
 }
@@ -182,6 +183,7 @@ void ReadDay(ReadContext &context, long &value)
 {
     const std::string_view text = context.xml.Text();
     if (text.empty()) return;
+    context.WarnOfBlanks(text);
     const std::optional<long> day = ParseXmlDate(text);
     if (!day) {
         context.WarnOfText(text, "non è una data valida, ignorata");

@@ -33,6 +33,11 @@ class ReadContext {
     void Warn(std::string text);
     /// "DettaglioPagamento[1]/ImportoPagamento "abc": <what>", for the element whose text was read last.
     void WarnOfText(std::string_view value, std::string_view what);
+    /// A date or number with blanks around it: read, but the program that wrote it is careless.
+    void WarnOfBlanks(std::string_view value)
+    {
+        if (xml.HadBlanks() && !value.empty()) WarnOfText(value, "spazi superflui intorno al valore");
+    }
     bool WantsWarnings() const { return warnings_.size() <= kWarningsMax; }
 
     /// Passes over an element that no table knows, and names it.

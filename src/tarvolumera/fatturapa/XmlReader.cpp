@@ -122,7 +122,7 @@ std::string_view XmlReader::LongText()
     if (next[1] != '/' || text.find('&') != std::string_view::npos) return ComposedText();
     position_ = next;
     CloseTag();
-    return WithoutBlanks(text);
+    return Trimmed(text);
 }
 
 void XmlReader::Skip()
@@ -152,7 +152,7 @@ std::string_view XmlReader::ComposedText()
         if (markup.starts_with(open)) AppendPlain(markup.substr(open.size(), markup.size() - open.size() - 3));
     }
     CloseTag();
-    return WithoutBlanks(composed_);
+    return Trimmed(composed_);
 }
 
 /// Line ends become \n alone, as XML has it.

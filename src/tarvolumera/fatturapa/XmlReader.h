@@ -117,7 +117,7 @@ class XmlReader {
         if (*next != '<' || next[1] != '/') return ComposedText();
         position_ = next;
         CloseTag();
-        return WithoutBlanks({start, static_cast<std::size_t>(next - start)});
+        return Trimmed({start, static_cast<std::size_t>(next - start)});
     }
 
     /// The same for a long text whose line ends do not matter; it comes as it stands in the file wherever it can.
@@ -138,6 +138,8 @@ class XmlReader {
     bool IsInFile(std::string_view text) const { return text.data() >= begin_ && text.data() <= end_; }
     /// True after an ampersand that should have been written as an entity.
     bool HasBareAmpersand() const { return has_bare_ampersand_; }
+    /// True when the text read last had blanks around it.
+    bool HadBlanks() const { return had_blanks_; }
 
   private:
     struct Open {
@@ -159,6 +161,13 @@ class XmlReader {
         while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
         return text;
     }
+    std::string_view Trimmed(std::string_view text)
+    {
+        const std::string_view trimmed = WithoutBlanks(text);
+        had_blanks_ = trimmed.size() != text.size();
+        return trimmed;
+    }
+
     /// Bytes of the word that equal the character are marked in their highest bit; the first mark is exact.
     static constexpr std::uint64_t Marks(std::uint64_t word, char character)
     {
@@ -252,6 +261,7 @@ class XmlReader {
     std::string_view LeaveEmptyText()
     {
         LeaveEmpty();
+        had_blanks_ = false;
         return {};
     }
 
@@ -274,6 +284,7 @@ class XmlReader {
     int depth_ = 0;
     bool is_empty_ = false; ///< the open element was written <a/>
     bool has_bare_ampersand_ = false;
+    bool had_blanks_ = false;
     std::array<Open, kDepthMax + 1> open_;
     std::string_view attributes_;
     std::string composed_;
