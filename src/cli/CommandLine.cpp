@@ -79,7 +79,8 @@ std::string UsageText(const CLI::App &app, const CLI::ParseError &error)
 {
     const std::string name = error.get_name();
     const std::string what = error.what();
-    if (name == "ExtrasError") return "Argomento o opzione non riconosciuti: " + what.substr(what.find(": ") + 2);
+    if (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr) // its name is the command's
+        return "Argomento o opzione non riconosciuti: " + what.substr(what.find(": ") + 2);
     if (name == "RequiredError" && what.find("subcommand") != std::string::npos) {
         const std::string word = UnknownCommand(app);
         return word.empty() ? "Manca il comando." : "Comando non riconosciuto: " + word;

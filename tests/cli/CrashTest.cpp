@@ -185,6 +185,25 @@ TEST_P(CrashTest, StationsImportingTheSameFilesFileEachOnce)
 }
 
 // A file that may not grow any further stands for a disk that is full.
+// Each has asked the journal before any of them stored the entry; only one of them may book the invoice.
+TEST_P(CrashTest, StationsRegisteringTheSameInvoiceBookItOnce)
+{
+    constexpr int kStations = 4;
+    ASSERT_EQ(Lumera({"fatture", "importa", LUMERA_SOURCE_DIR "/samples/fatture/IT02565617350_00A24.xml"}).code,
+              kExitDone);
+    Disconnect();
+    std::vector<pid_t> stations;
+    for (int station = 0; station < kStations; ++station)
+        stations.push_back(Fork([&] { return Silently({"--archivio", Archive(), "fatture", "registra", "1"}); }));
+    std::map<int, int> ended;
+    for (const pid_t station : stations) ++ended[ExitCodeOf(station)];
+    EXPECT_EQ(ended, (std::map<int, int>{{kExitDone, 1}, {kExitRefused, kStations - 1}}));
+    Reconnect();
+    EXPECT_EQ(Count("pnota1"), "1");
+    EXPECT_EQ(Count("scadenze"), "2");
+    EXPECT_EQ(ArchiveFaults(), "");
+}
+
 class DiskTest : public CrashTest {};
 
 TEST_P(DiskTest, WhenFullStoresNothingAndSaysSo)

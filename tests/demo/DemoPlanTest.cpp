@@ -19,7 +19,7 @@ TEST(DemoRandomTest, GivesTheSameNumbersEverywhere)
 {
     // The engine is defined by the language; these are our own mapping of its numbers.
     DemoRandom random(5489);
-    EXPECT_EQ(random.Between(1, 6), static_cast<long>(std::mt19937_64(5489)() % 6) + 1);
+    EXPECT_EQ(random.Between(1, 6), 5);
     EXPECT_EQ(random.Between(7, 7), 7);
     for (int i = 0; i < 1000; ++i) {
         const double amount = random.Amount(10, 20);

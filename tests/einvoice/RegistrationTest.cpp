@@ -393,20 +393,39 @@ TEST_P(RegistrationTest, SupplierIsOwedTheDeclaredTotal)
     EXPECT_EQ(ArchiveFaults(), "");
 }
 
-// Above the limit of roundings, yet no rounding: what the seller charges on is a part of the cost.
-TEST_P(RegistrationTest, StampDutyInTheTotalIsOwedAndACost)
+// Above the limit of roundings, yet no rounding: the seller charges it on, so it is owed, paid and a cost.
+TEST_P(RegistrationTest, StampDutyInTheTotalGetsALineOfItsOwn)
 {
     InvoiceSpec spec;
     spec.total = "124.00";
     spec.stamp = "2.00";
-    const RegistrationOutcome outcome = Register(Filed(spec));
-    ASSERT_TRUE(outcome.registered) << outcome.reason;
-    EXPECT_THAT(RowsOf(outcome.entry), ElementsAre("250.1.1 A 124.00", "260.1.1 D 22.00", "300.1.1 D 102.00"));
-    EXPECT_THAT(
-        outcome.notes,
-        ElementsAre(
-            "Totale documento 124,00, riepilogo IVA 122,00, differenza 2,00 (imposta di bollo compresa nel totale)."));
+    for (const bool is_credit_note : {false, true}) {
+        spec.type = is_credit_note ? "TD04" : "TD01";
+        spec.number = spec.type;
+        const RegistrationOutcome outcome = Register(Filed(spec));
+        ASSERT_TRUE(outcome.registered) << outcome.reason;
+        const PNOTA_IVA &line = outcome.entry.iva[1];
+        EXPECT_EQ(fmt::format("{} {:.2f} {:.2f}", line.iva, line.impo, line.imposta),
+                  is_credit_note ? "100 -2.00 0.00" : "100 2.00 0.00");
+        EXPECT_THAT(RowsOf(outcome.entry),
+                    is_credit_note ? ElementsAre("250.1.1 D 124.00", "260.1.1 A 22.00", "300.1.1 A 102.00")
+                                   : ElementsAre("250.1.1 A 124.00", "260.1.1 D 22.00", "300.1.1 D 102.00"));
+        EXPECT_THAT(Instalments(outcome.entry.pno_codice), testing::Each(testing::EndsWith("62.00")));
+    }
     EXPECT_EQ(ArchiveFaults(), "");
+}
+
+TEST_P(RegistrationTest, StampDutyWithoutAFreeLineIsAskedFor)
+{
+    InvoiceSpec spec;
+    spec.total = "76.10";
+    spec.stamp = "2.00";
+    spec.summary = Rates(7);
+    user_.Expect(
+        "Totale documento 76,10, riepilogo IVA 74,10, differenza 2,00 (imposta di bollo compresa nel totale).\n\nVuoi "
+        "Continuare ?",
+        IDNO);
+    EXPECT_FALSE(Register(Filed(spec)).registered);
 }
 
 TEST_P(RegistrationTest, RoundingOfACreditNoteIsOnTheOtherSide)
