@@ -16,10 +16,11 @@ class BarePostgresJournal final : public BareJournal {
     {
         PGconn *connection = connection_.get();
         PreparePostgres(connection, "lock", "SELECT pg_advisory_xact_lock(CAST($1 AS INTEGER), CAST($2 AS INTEGER))");
-        PreparePostgres(connection, "number", "SELECT MAX(pno_codice) FROM admin.pnota1");
+        PreparePostgres(connection, "number", "SELECT pno_codice FROM admin.pnota1 ORDER BY pno_codice DESC LIMIT 1");
         PreparePostgres(connection, "protocol",
-                        "SELECT MAX(pno_prot) FROM admin.pnota1 WHERE EXTRACT(YEAR FROM pno_data) = $1"
-                        " AND pno_sez = $2 AND pno_reg = $3");
+                        "SELECT pno_prot FROM admin.pnota1 WHERE EXTRACT(YEAR FROM pno_data) = $1"
+                        " AND pno_sez = $2 AND pno_reg = $3"
+                        " AND pno_prot IS NOT NULL ORDER BY pno_prot DESC LIMIT 1");
         PreparePostgres(connection, "header", header_.Text("admin.pnota1", '$'));
         PreparePostgres(connection, "row", rows_.front().Text("admin.pnotaro2", '$'));
     }

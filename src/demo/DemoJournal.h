@@ -6,6 +6,6 @@ class SACommand;
 /// rates and natures, EU operations, receipts, credit notes, payments, collections, bank effects, transfers, wages, VAT
 /// payments. Everything goes through the same rules and the same storing path as an entry keyed by hand, instalments
 /// included, and every entry balances. The same seed and number give the same books.
-/// @param entries  how many, 0 or more; the dates spread over the year, up to today's month for the current one
+/// @param entries  how many, 0 or more; the dates spread over the year, up to yesterday for the current one
 /// @throws SAException
 void FillDemoJournal(SACommand *cmd, long entries, unsigned seed);

@@ -101,7 +101,7 @@ void CPSQLall::Store(SACommand *cmd, ALLEGATI *record) const
     CommandScope scope(cmd);
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Files);
-    record->all_codice = NextOf(scope.get(), "SELECT MAX(all_codice) AS codice FROM admin.allegati");
+    record->all_codice = NextOf(scope.get(), "SELECT all_codice FROM admin.allegati ORDER BY all_codice DESC LIMIT 1");
     record->all_bytes_size = static_cast<long>(record->all_data.size());
     record->all_user = CurrentUserInterface().UserName();
     if (record->all_date_time.IsNull()) record->all_date_time = CurrentMoment();
@@ -166,7 +166,7 @@ void CPSQLpat::Store(SACommand *cmd, PNOTA_ALLEGATO *record) const
     CommandScope scope(cmd);
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Files);
-    record->pat_codice = NextOf(scope.get(), "SELECT MAX(pat_codice) AS codice FROM admin.pnotaall");
+    record->pat_codice = NextOf(scope.get(), "SELECT pat_codice FROM admin.pnotaall ORDER BY pat_codice DESC LIMIT 1");
     record->pat_bytes_size = static_cast<long>(record->pat_data.size());
     record->pat_user = CurrentUserInterface().UserName();
     record->pat_created_at = CurrentMoment();

@@ -56,7 +56,7 @@ TableDescription JournalDescription()
 
 long NextNumber(SACommand *cmd)
 {
-    SACommand query(cmd->Connection(), "SELECT MAX(pno_codice) AS codice FROM admin.pnota1");
+    SACommand query(cmd->Connection(), "SELECT pno_codice FROM admin.pnota1 ORDER BY pno_codice DESC LIMIT 1");
     query.Execute();
     return query.FetchNext() ? query.Field(1).asLong() + 1 : 1;
 }

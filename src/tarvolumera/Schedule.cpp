@@ -47,7 +47,8 @@ bool CPSQLsca::Search(SACommand *cmd, short side, long number, SCADENZE *record,
 long CPSQLsca::NextNumber(SACommand *cmd, short side) const
 {
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(), "SELECT MAX(sca_num) AS numero FROM admin.scadenze WHERE sca_relaz = :rel");
+    SACommand query(scope->Connection(), "SELECT sca_num FROM admin.scadenze WHERE sca_relaz = :rel"
+                                           " ORDER BY sca_num DESC LIMIT 1"); // MAX would need statistics to use the index
     query.Param("rel").setAsLong(side);
     query.Execute();
     return query.FetchNext() ? query.Field(1).asLong() + 1 : 1;
