@@ -279,6 +279,25 @@ TEST_P(MainRoadTest, EveryActionPrintsOneDocument)
               1);
 }
 
+TEST_P(MainRoadTest, FailureInTheMiddleOfAListLeavesOneDocumentAndWhatWasDoneBefore)
+{
+    ASSERT_EQ(
+        Lumera({"fatture", "importa", Samples() + "/IT08102747378_00031.xml", Samples() + "/IT05098487365_3307V.xml",
+                Samples() + "/IT02565617350_00A31.xml", Samples() + "/IT02565617350_00A24.xml"})
+            .code,
+        kExitDone);
+    Run("CREATE UNIQUE INDEX prova_una_rata ON admin.scadenze (sca_pno, sca_fornitore)"); // refuses two instalments
+    Run("UPDATE admin.fornito1 SET for_pag = 41 WHERE for_codice = 1");
+    Run("UPDATE admin.fornito1 SET for_pag = 45 WHERE for_codice = 8");
+    const CommandRun run = Lumera({"--json", "fatture", "registra", "--tutte"});
+    EXPECT_EQ(run.code, kExitFailed);
+    const json document = run.Json();
+    EXPECT_EQ(document.at("fatture").size(), 2u) << "the two before it, by date";
+    EXPECT_EQ(document.at("esito"), "errore");
+    EXPECT_EQ(Count("pnota1"), "2");
+    EXPECT_EQ(Lumera({"archivio", "verifica"}).code, kExitDone);
+}
+
 // The program itself: a document on standard input, data on standard output, everything else on standard error.
 TEST_P(MainRoadTest, ProgramWorksInAPipe)
 {

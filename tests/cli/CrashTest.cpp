@@ -112,18 +112,20 @@ TEST_P(CrashTest, KilledAtAnyInstantNoEntryIsHalfAndNoConfirmedOneIsLost)
 {
     constexpr int kKills = 15;
     std::mt19937 random(20260601);
-    std::uniform_int_distribution<int> delay_ms(3, 120);
-    long entries = 0, confirmed_of_all = 0;
+    std::uniform_int_distribution<int> delay_ms(0, 80);
+    long entries = 0;
     for (int kill_number = 0; kill_number < kKills; ++kill_number) {
         Disconnect();
         int ends[2];
         ASSERT_EQ(pipe(ends), 0);
         const pid_t child = Fork([&] { return StoreForEver(ends[1], kill_number); });
         close(ends[1]);
+        char first = 0; // however slow the machine, something was confirmed
+        EXPECT_EQ(read(ends[0], &first, 1), 1);
         std::this_thread::sleep_for(std::chrono::milliseconds(delay_ms(random)));
         kill(child, SIGKILL);
         EXPECT_EQ(ExitCodeOf(child), -SIGKILL) << "it ended by itself";
-        const long confirmed = CountBytes(ends[0]);
+        const long confirmed = 1 + CountBytes(ends[0]);
         close(ends[0]);
 
         Reconnect();
@@ -132,10 +134,8 @@ TEST_P(CrashTest, KilledAtAnyInstantNoEntryIsHalfAndNoConfirmedOneIsLost)
         EXPECT_GE(now, entries + confirmed) << "kill " << kill_number;
         EXPECT_LE(now, entries + confirmed + 1) << "kill " << kill_number;
         entries = now;
-        confirmed_of_all += confirmed;
         EXPECT_EQ(ArchiveFaults(), "") << "kill " << kill_number;
     }
-    EXPECT_GT(confirmed_of_all, kKills) << "killed before anything was stored: the test has tested nothing";
     EXPECT_EQ(Value("SELECT MAX(pno_prot) FROM admin.pnota1"), std::to_string(entries));
     EXPECT_EQ(Count("scadenze"), std::to_string(2 * entries));
     RecordProperty("entries", std::to_string(entries));

@@ -148,6 +148,16 @@ TEST_P(RegistrationTest, QuestionForARateWithoutLawIsShort)
     ExpectRefused(Register(Filed(spec)), "Codice IVA non individuato.");
 }
 
+TEST_P(RegistrationTest, PreferredCodeOfTheRateBringsItsNonDeductiblePart)
+{
+    Run("UPDATE admin.codiva SET iva_aliq_default = CASE iva_codice WHEN 62 THEN 1 ELSE 0 END WHERE iva_aliq = 22 AND "
+        "iva_tip = 1");
+    const RegistrationOutcome outcome = Register(Filed(InvoiceSpec{}));
+    ASSERT_TRUE(outcome.registered) << outcome.reason;
+    EXPECT_EQ(outcome.entry.iva[0].iva, 62);
+    EXPECT_THAT(RowsOf(outcome.entry), ElementsAre("250.1.1 A 122.00", "260.1.1 D 11.00", "300.1.1 D 111.00"));
+}
+
 struct SignCase {
     const char *name, *type;
     std::vector<SummarySpec> summary;

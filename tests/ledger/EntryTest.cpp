@@ -15,8 +15,9 @@ namespace {
 
 constexpr long kPurchaseCausale = 21, kCreditNoteCausale = 28, kReceiptCausale = 15, kReverseChargeCausale = 31,
                kPaymentCausale = 51, kTransferCausale = 61;
-const char *const kDuplicate = "Attenzione!\n\nE' già stato registrato un documento con lo stesso numero il 15/03/2026.\n\n"
-                               "Vuoi Continuare?";
+const char *const kDuplicate =
+    "Attenzione!\n\nE' già stato registrato un documento con lo stesso numero il 15/03/2026.\n\n"
+    "Vuoi Continuare?";
 
 class EntryTest : public ArchiveTest {
   protected:
@@ -50,12 +51,14 @@ std::vector<std::string> RowsOf(const PNOTA &entry)
     std::vector<std::string> rows;
     for (const PNOTA_RIGA &row : entry.righe) {
         if (row.InUse())
-            rows.push_back(fmt::format("{}.{}.{} {} {:.2f}", row.row_mas, row.row_con, row.row_sot, row.row_tipo.str(), row.row_importo));
+            rows.push_back(fmt::format("{}.{}.{} {} {:.2f}", row.row_mas, row.row_con, row.row_sot, row.row_tipo.str(),
+                                       row.row_importo));
     }
     return rows;
 }
 
-// --- causale and fields -----------------------------------------------------------------------------------------------
+// --- causale and fields
+// -----------------------------------------------------------------------------------------------
 
 TEST_P(EntryTest, CausaleDrivesTheEntry)
 {
@@ -167,7 +170,8 @@ TEST_P(EntryTest, LeavingARowCompletesIt)
     ReloadCompany(Cmd());
 }
 
-// --- automatic rows ---------------------------------------------------------------------------------------------------
+// --- automatic rows
+// ---------------------------------------------------------------------------------------------------
 
 TEST_P(EntryTest, RowsFollowTheVatLines)
 {
@@ -202,7 +206,8 @@ TEST_P(EntryTest, ACreditNoteThatBecomesAnInvoiceSwapsTheSidesBack)
     EXPECT_DOUBLE_EQ(entry.pno_tot_squ, -300.00);
 }
 
-// --- validation -------------------------------------------------------------------------------------------------------
+// --- validation
+// -------------------------------------------------------------------------------------------------------
 
 struct FaultCase {
     const char *name;
@@ -219,7 +224,8 @@ const FaultCase kFaults[] = {
     {"amount without code", [](PNOTA &e) { e.iva[6].imposta = 0.01; }, EntryField::VatCode, 6},
     {"no code at all", [](PNOTA &e) { e.iva = {}; }, EntryField::VatCode, 0},
     {"row without account", [](PNOTA &e) { e.righe[1].row_con = 0; }, EntryField::RowAccount, 1},
-    {"row without sub-account", [](PNOTA &e) { e.righe[99].row_mas = e.righe[99].row_con = 1; }, EntryField::RowSubAccount, 99},
+    {"row without sub-account", [](PNOTA &e) { e.righe[99].row_mas = e.righe[99].row_con = 1; },
+     EntryField::RowSubAccount, 99},
     {"row without side", [](PNOTA &e) { e.righe[2].row_tipo = ""; }, EntryField::RowSide, 2},
     {"causale before everything else", [](PNOTA &e) { e = PNOTA{}; }, EntryField::Causale, 0},
 };
@@ -290,7 +296,8 @@ TEST_P(EntryTest, UnbalancedEntryIsStoredOnlyAfterYes)
     EXPECT_DOUBLE_EQ(entry.pno_tot_squ, 0.01);
 }
 
-// --- storing ----------------------------------------------------------------------------------------------------------
+// --- storing
+// ----------------------------------------------------------------------------------------------------------
 
 TEST_P(EntryTest, StoresNumbersAndReadsBack)
 {
@@ -338,7 +345,8 @@ TEST_P(EntryTest, ClosedYearAndExportedEntry)
     closing.pno_data = DateToJulian(31, 12, 2026);
     closing.pno_operazione = kClosing;
     sqlpno.SqlTransaction(Cmd(), kInsert, &closing);
-    const std::string closed = "Attenzione la data indicata ricade in un esercizio con chiusura effettuata!\n\nVuoi Continuare?";
+    const std::string closed =
+        "Attenzione la data indicata ricade in un esercizio con chiusura effettuata!\n\nVuoi Continuare?";
     PNOTA late = Purchase("2");
     user_.Expect(closed, IDNO);
     EXPECT_FALSE(Store(&late).stored);
@@ -347,8 +355,9 @@ TEST_P(EntryTest, ClosedYearAndExportedEntry)
 
     sqlpno.SqlTransaction(Cmd(), kDelete, &closing);
     entry.pno_trasf = 1;
-    user_.Expect("Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle modifiche apportate e "
-                 "segnalarle.");
+    user_.Expect(
+        "Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle modifiche apportate e "
+        "segnalarle.");
     EXPECT_TRUE(StoreEntry(Cmd(), &entry, false).stored);
 }
 

@@ -24,7 +24,10 @@ struct SplitCase {
     Split mode;
     std::vector<double> expected;
 };
-void PrintTo(const SplitCase &c, std::ostream *out) { *out << c.name; }
+void PrintTo(const SplitCase &c, std::ostream *out)
+{
+    *out << c.name;
+}
 
 class SplitTotalTest : public testing::TestWithParam<SplitCase> {};
 
@@ -42,18 +45,19 @@ TEST_P(SplitTotalTest, GivesTheAmounts)
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, SplitTotalTest,
-    testing::Values(SplitCase{"OneInstalmentIsTheTotal", 122.00, 22.00, 1, Split::OnFirst, {122.00}},
-                    SplitCase{"LastTakesTheRounding", 100.00, 0.00, 3, Split::OnFirst, {33.34, 33.34, 33.32}},
-                    SplitCase{"VatRidesOnTheFirst", 122.00, 22.00, 2, Split::OnFirst, {72.00, 50.00}},
-                    SplitCase{"VatOnItsOwnIsOneMore", 122.00, 22.00, 2, Split::Separate, {22.00, 50.00, 50.00}},
-                    SplitCase{"OneTermWithSeparateVatGivesTwo", 122.00, 22.00, 1, Split::Separate, {22.00, 100.00}},
-                    SplitCase{"EqualSplitsVatToo", 122.00, 22.00, 3, Split::Equal, {40.67, 40.67, 40.66}},
-                    SplitCase{"EqualWinsOverSeparateButCountsOneMore", 120.00, 20.00, 2, Split::EqualAndSeparate, {40, 40, 40}},
-                    SplitCase{"CreditNoteMirrorsTheInvoice", -100.00, 0.00, 3, Split::OnFirst, {-33.34, -33.34, -33.32}},
-                    SplitCase{"OneCentGoesToTheFirst", 0.01, 0.00, 3, Split::OnFirst, {0.01, 0.01, -0.01}},
-                    SplitCase{"ZeroTotalGivesNothing", 0.00, 0.00, 3, Split::OnFirst, {}},
-                    SplitCase{"MoreThanTheGridGivesNothing", 100.00, 0.00, 61, Split::OnFirst, {}},
-                    SplitCase{"NoInstalmentGivesNothing", 100.00, 0.00, 0, Split::Separate, {}}),
+    testing::Values(
+        SplitCase{"OneInstalmentIsTheTotal", 122.00, 22.00, 1, Split::OnFirst, {122.00}},
+        SplitCase{"LastTakesTheRounding", 100.00, 0.00, 3, Split::OnFirst, {33.34, 33.34, 33.32}},
+        SplitCase{"VatRidesOnTheFirst", 122.00, 22.00, 2, Split::OnFirst, {72.00, 50.00}},
+        SplitCase{"VatOnItsOwnIsOneMore", 122.00, 22.00, 2, Split::Separate, {22.00, 50.00, 50.00}},
+        SplitCase{"OneTermWithSeparateVatGivesTwo", 122.00, 22.00, 1, Split::Separate, {22.00, 100.00}},
+        SplitCase{"EqualSplitsVatToo", 122.00, 22.00, 3, Split::Equal, {40.67, 40.67, 40.66}},
+        SplitCase{"EqualWinsOverSeparateButCountsOneMore", 120.00, 20.00, 2, Split::EqualAndSeparate, {40, 40, 40}},
+        SplitCase{"CreditNoteMirrorsTheInvoice", -100.00, 0.00, 3, Split::OnFirst, {-33.34, -33.34, -33.32}},
+        SplitCase{"OneCentGoesToTheFirst", 0.01, 0.00, 3, Split::OnFirst, {0.01, 0.01, -0.01}},
+        SplitCase{"ZeroTotalGivesNothing", 0.00, 0.00, 3, Split::OnFirst, {}},
+        SplitCase{"MoreThanTheGridGivesNothing", 100.00, 0.00, 61, Split::OnFirst, {}},
+        SplitCase{"NoInstalmentGivesNothing", 100.00, 0.00, 0, Split::Separate, {}}),
     [](const auto &p) { return std::string(p.param.name); });
 
 // --- dates ----------------------------------------------------------------------------------------------------------
@@ -86,7 +90,10 @@ struct DueCase {
     const char *different;
     std::vector<const char *> expected; ///< "" = no date
 };
-void PrintTo(const DueCase &c, std::ostream *out) { *out << c.name; }
+void PrintTo(const DueCase &c, std::ostream *out)
+{
+    *out << c.name;
+}
 
 class DueDaysTest : public testing::TestWithParam<DueCase> {};
 
@@ -131,8 +138,13 @@ INSTANTIATE_TEST_SUITE_P(
                 "2026-06-10",
                 "",
                 {"2026-09-08"}},
-        DueCase{"ShortStepsLeaveFebruaryToo", {"DATA FATTURA", 0, 1, 1, 31, 0, "FEBBRAIO"}, "2026-02-20", "", {"2026-03-01"}},
-        DueCase{"MonthNameMustMatchExactly", {"DATA FATTURA", 60, 30, 1, 0, 0, "Agosto"}, "2026-06-10", "", {"2026-08-09"}},
+        DueCase{"ShortStepsLeaveFebruaryToo",
+                {"DATA FATTURA", 0, 1, 1, 31, 0, "FEBBRAIO"},
+                "2026-02-20",
+                "",
+                {"2026-03-01"}},
+        DueCase{
+            "MonthNameMustMatchExactly", {"DATA FATTURA", 60, 30, 1, 0, 0, "Agosto"}, "2026-06-10", "", {"2026-08-09"}},
         DueCase{"FirstOfTwoFixedDaysNotBefore",
                 {"DATA FATTURA", 0, 30, 3, 15, 31},
                 "2026-04-02",
@@ -145,7 +157,10 @@ struct AdaptCase {
     long fixed_1, fixed_2;
     const char *date, *expected;
 };
-void PrintTo(const AdaptCase &c, std::ostream *out) { *out << c.name; }
+void PrintTo(const AdaptCase &c, std::ostream *out)
+{
+    *out << c.name;
+}
 
 class AdaptDataTest : public testing::TestWithParam<AdaptCase> {};
 

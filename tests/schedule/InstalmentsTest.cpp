@@ -70,7 +70,8 @@ TEST_P(InstalmentsTest, IncompleteRowsAreNeitherCountedNorStored)
     EXPECT_EQ(user_.beeps, 1);
     EXPECT_EQ(StoreInstalments(Cmd(), entry, proposal), 2);
     EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.scadenze WHERE sca_rate = 2"), "2");
-    EXPECT_EQ(Value("SELECT sca_ultima FROM admin.scadenze WHERE sca_num = 1"), "1") << "the latest date, not the last row";
+    EXPECT_EQ(Value("SELECT sca_ultima FROM admin.scadenze WHERE sca_num = 1"), "1")
+        << "the latest date, not the last row";
 }
 
 TEST_P(InstalmentsTest, NoMeansBackToTheGrid)

@@ -110,7 +110,8 @@ TEST_P(JournalTest, DeletingTheLastGivesItsNumbersBack)
     const PNOTA again = Stored("2026-01-03");
     EXPECT_EQ(again.pno_codice, 2);
     EXPECT_EQ(again.pno_prot, 2);
-    EXPECT_THROW(sqlpno.SqlTransaction(Cmd(), kDelete, &last), SAException) << "the entry that took its number is another one";
+    EXPECT_THROW(sqlpno.SqlTransaction(Cmd(), kDelete, &last), SAException)
+        << "the entry that took its number is another one";
     EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.pnota1"), "2");
 }
 
@@ -163,8 +164,10 @@ TEST_P(JournalTest, BrowsesInSixOrdersBothWays)
     const struct {
         const char *date, *document_date, *document;
         long causale, supplier;
-    } kEntries[] = {{"2026-03-01", "2026-02-10", "B", 22, 2}, {"2026-01-01", "2026-01-01", "10", 21, 3},
-                    {"2026-03-01", "2026-02-10", "A", 21, 1}, {"2026-02-01", "", "2", 22, 2},
+    } kEntries[] = {{"2026-03-01", "2026-02-10", "B", 22, 2},
+                    {"2026-01-01", "2026-01-01", "10", 21, 3},
+                    {"2026-03-01", "2026-02-10", "A", 21, 1},
+                    {"2026-02-01", "", "2", 22, 2},
                     {"2026-01-15", "2026-01-14", "A", 24, 1}};
     for (const auto &e : kEntries) {
         PNOTA entry = Entry(e.date, e.causale, kPurchases, e.document);
@@ -173,7 +176,7 @@ TEST_P(JournalTest, BrowsesInSixOrdersBothWays)
         sqlpno.SqlTransaction(Cmd(), kInsert, &entry);
     }
     const std::map<JournalOrder, std::vector<long>> expected = {
-        {kByNumber, {1, 2, 3, 4, 5}},        {kByDate, {2, 5, 4, 1, 3}},    {kByDocumentDate, {2, 5, 1, 3}},
+        {kByNumber, {1, 2, 3, 4, 5}},         {kByDate, {2, 5, 4, 1, 3}},    {kByDocumentDate, {2, 5, 1, 3}},
         {kByDocumentNumber, {2, 4, 3, 5, 1}}, {kByCausale, {2, 3, 4, 1, 5}}, {kByCounterpart, {5, 3, 4, 1, 2}}};
     for (const auto &[order, numbers] : expected) {
         sqlpno.SetIndex(order);
@@ -206,8 +209,10 @@ TEST(JournalOrderTest, ConditionsAreKeysetConditions)
     EXPECT_EQ(CPSQLpno::NextCondition(kByDocumentNumber),
               " WHERE (pno_doc = :num AND pno_codice > :codice) OR (pno_doc > :num) ORDER BY pno_doc, pno_codice");
     EXPECT_EQ(CPSQLpno::PreviousCondition(kByCounterpart),
-              " WHERE (pno_rel = :rel AND pno_cli_for = :num AND pno_data = :data AND pno_codice < :codice) OR (pno_rel = :rel "
-              "AND pno_cli_for = :num AND pno_data < :data) OR (pno_rel = :rel AND pno_cli_for < :num) OR (pno_rel < :rel) ORDER "
+              " WHERE (pno_rel = :rel AND pno_cli_for = :num AND pno_data = :data AND pno_codice < :codice) OR "
+              "(pno_rel = :rel "
+              "AND pno_cli_for = :num AND pno_data < :data) OR (pno_rel = :rel AND pno_cli_for < :num) OR (pno_rel < "
+              ":rel) ORDER "
               "BY pno_rel DESC, pno_cli_for DESC, pno_data DESC, pno_codice DESC");
 }
 
@@ -225,7 +230,8 @@ TEST_P(JournalTest, ClosedAndOpenedYearsAreKnownByTheirEntries)
     EXPECT_TRUE(sqlrow.CheckApertura(Cmd(), day + 365));
     EXPECT_FALSE(sqlrow.CheckApertura(Cmd(), day));
     EXPECT_FALSE(sqlrow.CheckChiusura(Cmd(), 0));
-    EXPECT_EQ(Value("SELECT CAST(tco_saldo_ann AS INTEGER) FROM admin.totconti WHERE tco_anno = 2026 AND tco_mas = 300"), "0")
+    EXPECT_EQ(
+        Value("SELECT CAST(tco_saldo_ann AS INTEGER) FROM admin.totconti WHERE tco_anno = 2026 AND tco_mas = 300"), "0")
         << "closing entries do not count for the year's figure";
 }
 
@@ -236,16 +242,20 @@ TEST_P(JournalTest, VatTotalsAreAView)
     entry.iva[0] = {61, 1, 22, 100, 22, 60};
     entry.iva[6] = {61, 1, 22, 0.05, 0.01, 60};
     sqlpno.SqlTransaction(Cmd(), kInsert, &entry);
-    EXPECT_EQ(Value("SELECT CAST(ROUND(CAST(100 * tiv_imposta AS NUMERIC)) AS INTEGER) FROM admin.totiva2 WHERE tiv_anno = 2026"
-                    " AND tiv_mese = 3 AND tiv_codice = 61"),
-              "2201");
-    EXPECT_EQ(Value("SELECT CAST(ROUND(CAST(100 * tiv_indetraibile AS NUMERIC)) AS INTEGER) FROM admin.totiva2"), "1321")
+    EXPECT_EQ(
+        Value(
+            "SELECT CAST(ROUND(CAST(100 * tiv_imposta AS NUMERIC)) AS INTEGER) FROM admin.totiva2 WHERE tiv_anno = 2026"
+            " AND tiv_mese = 3 AND tiv_codice = 61"),
+        "2201");
+    EXPECT_EQ(Value("SELECT CAST(ROUND(CAST(100 * tiv_indetraibile AS NUMERIC)) AS INTEGER) FROM admin.totiva2"),
+              "1321")
         << "8.80 of 22.00 and nothing of one cent can be deducted: rounded line by line";
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, JournalTest, testing::ValuesIn(TestEngines()), TestEngineName);
 
-// --- totals -----------------------------------------------------------------------------------------------------------
+// --- totals
+// -----------------------------------------------------------------------------------------------------------
 
 TEST(JournalTotalsTest, ByKindOfVatCode)
 {

@@ -1,7 +1,7 @@
 #include "tarvolumera/Attachments.h"
 #include "tarvolumera/Causali.h"
-#include "tarvolumera/DialectTexts.h"
 #include "tarvolumera/ChartOfAccounts.h"
+#include "tarvolumera/DialectTexts.h"
 #include "tarvolumera/Lookups.h"
 #include "tarvolumera/PSQLpno.h"
 #include "tarvolumera/PSQLrow.h"
@@ -20,9 +20,9 @@ namespace {
 const std::vector<const CTarvoPostgreSQL *> &AllTables()
 {
     static const std::vector<const CTarvoPostgreSQL *> kAll = {
-        &sqldit, &sqlflg, &sqlmas, &sqlcon, &sqlsot, &sqlsez, &sqliva, &sqlpag, &sqlban, &sqlage, &sqlcdc,
-        &sqlcac, &sqlcar, &sqlcli, &sqlfor, &sqldst, &sqlnaz, &sqlprv, &sqlagr, &sqlpno, &sqlrow, &sqlpcc,
-        &sqlcoi, &sqlcor, &sqlpat, &sqlpni, &sqlall, &sqlsca, &sqltes};
+        &sqldit, &sqlflg, &sqlmas, &sqlcon, &sqlsot, &sqlsez, &sqliva, &sqlpag, &sqlban, &sqlage,
+        &sqlcdc, &sqlcac, &sqlcar, &sqlcli, &sqlfor, &sqldst, &sqlnaz, &sqlprv, &sqlagr, &sqlpno,
+        &sqlrow, &sqlpcc, &sqlcoi, &sqlcor, &sqlpat, &sqlpni, &sqlall, &sqlsca, &sqltes};
     return kAll;
 }
 
@@ -103,15 +103,17 @@ TEST_P(TablesTest, BytesAndMomentsComeBack)
     EXPECT_EQ(read.all_date_time, stored.all_date_time);
     EXPECT_EQ(read.all_bytes_size, 256);
     long seen = 0;
-    sqlall.ForEachOfKind(Cmd(), kReceivedInvoices, SADateTime(2026, 3, 1), SADateTime(2026, 3, 2), [&](const ALLEGATI &r) {
-        EXPECT_TRUE(r.all_data.empty()) << "a list carries no bytes";
-        ++seen;
-        return true;
-    });
-    sqlall.ForEachOfKind(Cmd(), kReceivedInvoices, SADateTime(2026, 2, 1), SADateTime(2026, 3, 1), [&](const ALLEGATI &) {
-        ADD_FAILURE() << "the end of the period is excluded";
-        return true;
-    });
+    sqlall.ForEachOfKind(Cmd(), kReceivedInvoices, SADateTime(2026, 3, 1), SADateTime(2026, 3, 2),
+                         [&](const ALLEGATI &r) {
+                             EXPECT_TRUE(r.all_data.empty()) << "a list carries no bytes";
+                             ++seen;
+                             return true;
+                         });
+    sqlall.ForEachOfKind(Cmd(), kReceivedInvoices, SADateTime(2026, 2, 1), SADateTime(2026, 3, 1),
+                         [&](const ALLEGATI &) {
+                             ADD_FAILURE() << "the end of the period is excluded";
+                             return true;
+                         });
     EXPECT_EQ(seen, 1);
 }
 
@@ -146,9 +148,10 @@ TEST_P(TablesTest, WorkTablesAndDialect)
     Run("CREATE TABLE admin.lavoro (a INTEGER, b DATE, c CHAR(5), d VARCHAR(30), e DOUBLE PRECISION)");
     Run("GRANT ALL ON admin.lavoro TO PUBLIC");
     Run("INSERT INTO admin.lavoro (a, d, e) VALUES (12, 'x', 1.5)");
-    const std::string key = sqlpno.QueryAdapt("SELECT LPAD(CONVERT(VARCHAR(10), a), 10, '0') + LPAD(CONVERT(VARCHAR(6), a), "
-                                              "10, '0') AS chiave FROM admin.lavoro WHERE a = %ld OR a = %ld",
-                                              12, 13);
+    const std::string key =
+        sqlpno.QueryAdapt("SELECT LPAD(CONVERT(VARCHAR(10), a), 10, '0') + LPAD(CONVERT(VARCHAR(6), a), "
+                          "10, '0') AS chiave FROM admin.lavoro WHERE a = %ld OR a = %ld",
+                          12, 13);
     EXPECT_EQ(Value(key), "00000000120000000012");
     Run("DROP TABLE admin.lavoro");
     try {
@@ -178,12 +181,15 @@ TEST_P(TablesTest, WorkTablesAndDialect)
 TEST_P(TablesTest, TextsOfBothDialectsRun)
 {
     EXPECT_EQ(Value(std::string("SELECT COUNT(*) FROM admin.versione WHERE ver_data > ") + TodayText()), "0");
-    EXPECT_EQ(Value("SELECT " + RoundedSumText("iva_aliq / 3", "saldo_con") + " FROM admin.codiva WHERE iva_codice = 10"), "3.33");
-    EXPECT_EQ(Value("SELECT " + AccountKeyText("sot_mas", "sot_con", "sot_codice") + " AS chiave FROM admin.sotcon ORDER BY chiave LIMIT 1")
+    EXPECT_EQ(
+        Value("SELECT " + RoundedSumText("iva_aliq / 3", "saldo_con") + " FROM admin.codiva WHERE iva_codice = 10"),
+        "3.33");
+    EXPECT_EQ(Value("SELECT " + AccountKeyText("sot_mas", "sot_con", "sot_codice") +
+                    " AS chiave FROM admin.sotcon ORDER BY chiave LIMIT 1")
                   .size(),
               30u);
-    SACommand range(Cmd()->Connection(),
-                    "SELECT COUNT(*) AS numrec FROM admin.sotcon WHERE " + AccountRangeText("sot_mas", "sot_con", "sot_codice"));
+    SACommand range(Cmd()->Connection(), "SELECT COUNT(*) AS numrec FROM admin.sotcon WHERE " +
+                                             AccountRangeText("sot_mas", "sot_con", "sot_codice"));
     const std::pair<const char *, long> bounds[] = {{"m_start", 260}, {"c_start", 1}, {"s_start", 2},
                                                     {"m_stop", 260},  {"c_stop", 1},  {"s_stop", 4}};
     for (const auto &[name, value] : bounds) range.Param(name).setAsLong(value);
