@@ -32,11 +32,12 @@ class BareSqliteJournal final : public BareJournal {
     {
         begin_ = PrepareSqlite(database_.get(), "BEGIN IMMEDIATE");
         commit_ = PrepareSqlite(database_.get(), "COMMIT");
-        max_number_ = PrepareSqlite(database_.get(), "SELECT pno_codice FROM admin.pnota1 ORDER BY pno_codice DESC LIMIT 1");
-        max_protocol_ = PrepareSqlite(
-            database_.get(), "SELECT pno_prot FROM admin.pnota1 WHERE CAST(substr(pno_data,1,4) AS INTEGER)"
-                             " = ?1 AND pno_sez = ?2 AND pno_reg = ?3"
-                        " AND pno_prot IS NOT NULL ORDER BY pno_prot DESC LIMIT 1");
+        max_number_ =
+            PrepareSqlite(database_.get(), "SELECT pno_codice FROM admin.pnota1 ORDER BY pno_codice DESC LIMIT 1");
+        max_protocol_ = PrepareSqlite(database_.get(),
+                                      "SELECT pno_prot FROM admin.pnota1 WHERE CAST(substr(pno_data,1,4) AS INTEGER)"
+                                      " = ?1 AND pno_sez = ?2 AND pno_reg = ?3"
+                                      " AND pno_prot IS NOT NULL ORDER BY pno_prot DESC LIMIT 1");
         insert_header_ = PrepareSqlite(database_.get(), header_.Text("admin.pnota1", '?'));
         insert_row_ = PrepareSqlite(database_.get(), rows_.front().Text("admin.pnotaro2", '?'));
     }

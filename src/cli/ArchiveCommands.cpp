@@ -29,7 +29,8 @@ DITTE CompanyFrom(const CreateOptions &options)
     DITTE company;
     company.dit_desc = options.name;
     company.dit_piva = NormalisedFiscalCode(options.vat_number);
-    company.dit_codfis = options.fiscal_code.empty() ? company.dit_piva.str() : NormalisedFiscalCode(options.fiscal_code);
+    company.dit_codfis =
+        options.fiscal_code.empty() ? company.dit_piva.str() : NormalisedFiscalCode(options.fiscal_code);
     company.dit_pers = HolderOf(company.dit_codfis) == FiscalCodeHolder::Person ? "F" : "G";
     company.dit_indirizzo = options.address;
     company.dit_cap = options.postcode;
@@ -46,7 +47,8 @@ DITTE CompanyFrom(const CreateOptions &options)
 
 void CheckCompany(const DITTE &company)
 {
-    if (Trimmed(company.dit_desc).empty()) throw UsageError("Indicare la denominazione della ditta con --ditta (o --demo).");
+    if (Trimmed(company.dit_desc).empty())
+        throw UsageError("Indicare la denominazione della ditta con --ditta (o --demo).");
     if (company.dit_naz != "IT") return;
     if (const FiscalCodeCheck check = CheckVatNumber(company.dit_piva); !check.ok())
         throw RefusedError(fmt::format("Partita IVA della ditta non valida: {}.", check.text));
@@ -60,7 +62,9 @@ int Create(Session *session, const CreateOptions &options)
         throw UsageError("Indicare una cartella oppure --postgres, non entrambi.");
     if (options.entries < 0) throw UsageError("--movimenti: il numero non può essere negativo.");
     NewArchive wanted;
-    wanted.archive = !options.postgres.empty() ? options.postgres : !options.folder.empty() ? options.folder : session->ArchiveName();
+    wanted.archive = !options.postgres.empty() ? options.postgres
+                     : !options.folder.empty() ? options.folder
+                                               : session->ArchiveName();
     if (IsPostgresTarget(wanted.archive)) wanted.data_folder = DataFolderOf(wanted.archive);
     wanted.year = options.year != 0 ? options.year : Year(session->user.Today());
     if (wanted.year < 1980 || wanted.year > 9999) throw UsageError("--anno: l'anno non è valido.");
@@ -75,7 +79,8 @@ int Create(Session *session, const CreateOptions &options)
     const std::string shown = IsPostgresTarget(wanted.archive) ? "PostgreSQL" : wanted.archive;
     if (session->json)
         PrintJson(nlohmann::json{{"archivio", shown}, {"ditta", lumera_db_impo.dit_desc.str()}, {"anno", wanted.year}});
-    else Print(fmt::format("Archivio creato: {}\n{}\nEsercizio {}\n", shown, CompanyLine(), wanted.year));
+    else
+        Print(fmt::format("Archivio creato: {}\n{}\nEsercizio {}\n", shown, CompanyLine(), wanted.year));
     return kExitDone;
 }
 
@@ -91,10 +96,14 @@ int Verify(Session *session)
         JsonListPrinter list("segnalazioni");
         for (const ArchiveFault &fault : result.faults)
             list.Add({{"controllo", fault.kind}, {"dove", fault.where}, {"testo", fault.text}});
-        list.Finish({{"movimenti", result.entries}, {"righe", result.rows}, {"scadenze", result.instalments}, {"troncato", result.truncated}});
+        list.Finish({{"movimenti", result.entries},
+                     {"righe", result.rows},
+                     {"scadenze", result.instalments},
+                     {"troncato", result.truncated}});
         return code;
     }
-    Print(fmt::format("{}\nControllati {} movimenti, {} righe, {} scadenze.\n", CompanyLine(), result.entries, result.rows, result.instalments));
+    Print(fmt::format("{}\nControllati {} movimenti, {} righe, {} scadenze.\n", CompanyLine(), result.entries,
+                      result.rows, result.instalments));
     if (result.faults.empty()) {
         Print("Nessuna anomalia.\n");
         return code;
@@ -114,8 +123,10 @@ int Copy(Session *session, const std::string &file)
     SACommand command(&connection);
     CopyArchive(&command, file);
     const auto bytes = static_cast<long long>(std::filesystem::file_size(file));
-    if (session->json) PrintJson(nlohmann::json{{"file", file}, {"bytes", bytes}});
-    else Print(fmt::format("Copia scritta: {} ({} KB)\n", file, bytes / 1024));
+    if (session->json)
+        PrintJson(nlohmann::json{{"file", file}, {"bytes", bytes}});
+    else
+        Print(fmt::format("Copia scritta: {} ({} KB)\n", file, bytes / 1024));
     return kExitDone;
 }
 

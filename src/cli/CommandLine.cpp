@@ -29,11 +29,21 @@ constexpr const char *kExamples =
 void SpeakItalian(CLI::App *app)
 {
     const auto formatter = app->get_formatter();
-    for (const auto &[english, italian] : {std::pair{"Usage", "Uso"}, {"OPTIONS", "OPZIONI"}, {"SUBCOMMAND", "COMANDO"},
-                                           {"SUBCOMMANDS", "COMANDI"}, {"Options", "Opzioni"}, {"Positionals", "Argomenti"},
-                                           {"POSITIONALS", "ARGOMENTI"}, {"Subcommands", "Comandi"}, {"REQUIRED", "(obbligatorio)"},
-                                           {"TEXT", "TESTO"}, {"INT", "N"}, {"UINT", "N"}, {"Excludes", "Esclude"},
-                                           {"Needs", "Richiede"}, {"Env", "Ambiente"}})
+    for (const auto &[english, italian] : {std::pair{"Usage", "Uso"},
+                                           {"OPTIONS", "OPZIONI"},
+                                           {"SUBCOMMAND", "COMANDO"},
+                                           {"SUBCOMMANDS", "COMANDI"},
+                                           {"Options", "Opzioni"},
+                                           {"Positionals", "Argomenti"},
+                                           {"POSITIONALS", "ARGOMENTI"},
+                                           {"Subcommands", "Comandi"},
+                                           {"REQUIRED", "(obbligatorio)"},
+                                           {"TEXT", "TESTO"},
+                                           {"INT", "N"},
+                                           {"UINT", "N"},
+                                           {"Excludes", "Esclude"},
+                                           {"Needs", "Richiede"},
+                                           {"Env", "Ambiente"}})
         formatter->label(english, italian);
     formatter->column_width(36);
 }
@@ -48,7 +58,8 @@ void NameGroups(CLI::App *app)
     }
 }
 
-/// Codes and numbers have 32 bits in the archive. The library cuts a larger one down, and another record would be meant.
+/// Codes and numbers have 32 bits in the archive. The library cuts a larger one down, and another record would be
+/// meant.
 std::string NumberFault(const std::string &text)
 {
     long value = 0;
@@ -156,8 +167,9 @@ int RunCommandLine(int argc, const char *const *argv)
     app.footer(kExamples);
     app.set_help_flag("-h,--help", "Mostra questo aiuto");
     const ModuleInfo module = DescribeModule();
-    app.set_version_flag("--version", fmt::format("lumera {} ({}, archivio {})", module.version, module.name, module.archive_version),
-                         "Mostra la versione");
+    app.set_version_flag(
+        "--version", fmt::format("lumera {} ({}, archivio {})", module.version, module.name, module.archive_version),
+        "Mostra la versione");
     app.require_subcommand(1);
     app.fallthrough();
     app.add_option("--archivio", session.archive, "Cartella o indirizzo PostgreSQL dell'archivio (o LUMERA_ARCHIVIO)");

@@ -27,7 +27,8 @@ void CheckKeys(const json &object, const std::string &where, std::initializer_li
 {
     if (!object.is_object()) Refuse(where, "deve essere un oggetto JSON");
     for (const auto &[key, value] : object.items()) {
-        if (std::find(known.begin(), known.end(), key) == known.end()) Refuse(where, fmt::format("chiave «{}» sconosciuta", key));
+        if (std::find(known.begin(), known.end(), key) == known.end())
+            Refuse(where, fmt::format("chiave «{}» sconosciuta", key));
     }
 }
 
@@ -94,7 +95,8 @@ void ReadVatLines(SACommand *cmd, const json &object, PNOTA *entry)
         EnterVatCode(cmd, entry, i, code);
         PNOTA_IVA &target = entry->iva[i];
         if (target.iva != code || code == 0)
-            Refuse(where, fmt::format("il codice IVA {} non esiste o non è ammesso nel registro {}", code, RegisterName(entry->pno_reg)));
+            Refuse(where, fmt::format("il codice IVA {} non esiste o non è ammesso nel registro {}", code,
+                                      RegisterName(entry->pno_reg)));
         if (line.contains("aliquota") && !TestIfZero(AmountAt(line, "aliquota", where) - target.aliq))
             Refuse(where, fmt::format("l'aliquota del codice {} è {:.2f}", code, target.aliq));
         if (line.contains("indetraibile")) target.ind = AmountAt(line, "indetraibile", where);
@@ -152,17 +154,20 @@ void ReadHeader(SACommand *cmd, const json &object, long today, PNOTA *entry)
     entry->pno_data_doc = DateAt(object, "data_doc", where);
     entry->pno_cli_for = LongAt(object, "cli_for", where);
     const long causale = LongAt(object, "cau", where);
-    if (object.contains("sez") && !EnterSection(cmd, entry, LongAt(object, "sez", where))) Refuse(where, "la sezione IVA non esiste");
+    if (object.contains("sez") && !EnterSection(cmd, entry, LongAt(object, "sez", where)))
+        Refuse(where, "la sezione IVA non esiste");
     const long wanted = entry->pno_cli_for;
     EnterCausale(cmd, entry, causale);
     if (entry->pno_cau == 0) Refuse(where, fmt::format("la causale {} non esiste", causale));
     if (entry->pno_rel != kNoCounterpart && wanted != 0 && entry->pno_cli_for == 0)
-        Refuse(where, fmt::format("il {} {} non esiste", entry->pno_rel == kCustomer ? "cliente" : "fornitore", wanted));
+        Refuse(where,
+               fmt::format("il {} {} non esiste", entry->pno_rel == kCustomer ? "cliente" : "fornitore", wanted));
     if (object.contains("des_cau")) EnterCausaleDescription(entry, TextAt(object, "des_cau", where));
     EnterDocumentNumber(entry, TextAt(object, "doc", where));
     entry->pno_data_pag = DateAt(object, "data_pag", where);
     const long terms = object.contains("pag") ? LongAt(object, "pag", where) : entry->pno_pag;
-    if (!EnterTerms(cmd, entry, terms) && terms != 0) Refuse(where, fmt::format("la modalità di pagamento {} non esiste", terms));
+    if (!EnterTerms(cmd, entry, terms) && terms != 0)
+        Refuse(where, fmt::format("la modalità di pagamento {} non esiste", terms));
     entry->pno_desc = TextAt(object, "desc", where);
     if (LongAt(object, "prot_fisso", where) == 0) return;
     entry->pno_prot = LongAt(object, "prot", where);
@@ -175,10 +180,11 @@ PNOTA EntryFromJson(SACommand *cmd, const std::string &text, long today)
 {
     const json object = json::parse(text, nullptr, false);
     if (object.is_discarded()) throw RefusedError("Il file non è un documento JSON valido.");
-    CheckKeys(object, "movimento", {"data", "cau", "doc", "data_doc", "cli_for", "sez", "pag", "data_pag", "desc", "des_cau",
-                                    "tot_doc", "prot", "prot_fisso", "iva", "righe", "centri",
-                                    // What "mostra" prints beside is accepted and follows from the rest.
-                                    "codice", "rel", "reg", "dare", "avere", "operazione", "allegati"});
+    CheckKeys(object, "movimento",
+              {"data", "cau", "doc", "data_doc", "cli_for", "sez", "pag", "data_pag", "desc", "des_cau", "tot_doc",
+               "prot", "prot_fisso", "iva", "righe", "centri",
+               // What "mostra" prints beside is accepted and follows from the rest.
+               "codice", "rel", "reg", "dare", "avere", "operazione", "allegati"});
     PNOTA entry;
     ReadHeader(cmd, object, today, &entry);
     ReadVatLines(cmd, object, &entry);
@@ -193,20 +199,43 @@ json EntryToJson(const PNOTA &entry)
     json iva = json::array(), rows = json::array(), centres = json::array();
     for (const PNOTA_IVA &line : entry.iva) {
         if (line.iva == 0) continue;
-        iva.push_back({{"codice", line.iva}, {"imponibile", JsonAmount(line.impo)}, {"aliquota", line.aliq},
-                       {"imposta", JsonAmount(line.imposta)}, {"indetraibile", line.ind}});
+        iva.push_back({{"codice", line.iva},
+                       {"imponibile", JsonAmount(line.impo)},
+                       {"aliquota", line.aliq},
+                       {"imposta", JsonAmount(line.imposta)},
+                       {"indetraibile", line.ind}});
     }
     for (const PNOTA_RIGA &row : entry.righe) {
         if (!row.InUse()) continue;
-        rows.push_back({{"mas", row.row_mas}, {"con", row.row_con}, {"sot", row.row_sot}, {"tipo", row.row_tipo.str()},
-                        {"importo", JsonAmount(row.row_importo)}, {"desc", row.row_descac.str()}, {"doc", row.row_n_doc.str()}});
+        rows.push_back({{"mas", row.row_mas},
+                        {"con", row.row_con},
+                        {"sot", row.row_sot},
+                        {"tipo", row.row_tipo.str()},
+                        {"importo", JsonAmount(row.row_importo)},
+                        {"desc", row.row_descac.str()},
+                        {"doc", row.row_n_doc.str()}});
     }
     for (const PNOTA_CENTRO &line : entry.centri)
         centres.push_back({{"riga", line.pcc_riga}, {"cdc", line.pcc_cdc}, {"importo", JsonAmount(line.pcc_importo)}});
-    return {{"codice", entry.pno_codice}, {"data", JsonDate(entry.pno_data)}, {"cau", entry.pno_cau}, {"des_cau", entry.pno_des_cau.str()},
-            {"desc", entry.pno_desc.str()}, {"doc", entry.pno_doc.str()}, {"data_doc", JsonDate(entry.pno_data_doc)},
-            {"rel", entry.pno_rel}, {"cli_for", entry.pno_cli_for}, {"sez", entry.pno_sez}, {"reg", entry.pno_reg},
-            {"prot", entry.pno_prot}, {"pag", entry.pno_pag}, {"data_pag", JsonDate(entry.pno_data_pag)},
-            {"tot_doc", JsonAmount(entry.pno_tot_doc)}, {"dare", JsonAmount(entry.pno_dare)}, {"avere", JsonAmount(entry.pno_avere)},
-            {"operazione", entry.pno_operazione}, {"iva", iva}, {"righe", rows}, {"centri", centres}};
+    return {{"codice", entry.pno_codice},
+            {"data", JsonDate(entry.pno_data)},
+            {"cau", entry.pno_cau},
+            {"des_cau", entry.pno_des_cau.str()},
+            {"desc", entry.pno_desc.str()},
+            {"doc", entry.pno_doc.str()},
+            {"data_doc", JsonDate(entry.pno_data_doc)},
+            {"rel", entry.pno_rel},
+            {"cli_for", entry.pno_cli_for},
+            {"sez", entry.pno_sez},
+            {"reg", entry.pno_reg},
+            {"prot", entry.pno_prot},
+            {"pag", entry.pno_pag},
+            {"data_pag", JsonDate(entry.pno_data_pag)},
+            {"tot_doc", JsonAmount(entry.pno_tot_doc)},
+            {"dare", JsonAmount(entry.pno_dare)},
+            {"avere", JsonAmount(entry.pno_avere)},
+            {"operazione", entry.pno_operazione},
+            {"iva", iva},
+            {"righe", rows},
+            {"centri", centres}};
 }

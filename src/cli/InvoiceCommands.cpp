@@ -17,9 +17,12 @@ namespace {
 const char *OutcomeText(ImportOutcome outcome)
 {
     switch (outcome) {
-    case ImportOutcome::Loaded: return "caricata";
-    case ImportOutcome::AlreadyThere: return "già presente";
-    case ImportOutcome::Refused: break;
+    case ImportOutcome::Loaded:
+        return "caricata";
+    case ImportOutcome::AlreadyThere:
+        return "già presente";
+    case ImportOutcome::Refused:
+        break;
     }
     return "rifiutata";
 }
@@ -37,17 +40,24 @@ int Import(Session *session, const std::vector<std::string> &files)
     const auto show = [&](const ImportResult &result) {
         ++counts.at(static_cast<std::size_t>(result.outcome));
         if (json) {
-            json->Add({{"file", result.origin}, {"esito", OutcomeText(result.outcome)}, {"codice", result.code},
-                       {"testo", result.text}, {"avvisi", result.warnings}});
+            json->Add({{"file", result.origin},
+                       {"esito", OutcomeText(result.outcome)},
+                       {"codice", result.code},
+                       {"testo", result.text},
+                       {"avvisi", result.warnings}});
             return;
         }
         Print(fmt::format("{} {} {}: {}\n", PadRight(OutcomeText(result.outcome), 12),
-                          result.code == 0 ? "     " : fmt::format("{:5}", result.code), OnOneLine(result.origin), OnOneLine(result.text)));
-        for (const std::string &warning : result.warnings) std::fprintf(stderr, "  avviso: %s\n", OnOneLine(warning).c_str());
+                          result.code == 0 ? "     " : fmt::format("{:5}", result.code), OnOneLine(result.origin),
+                          OnOneLine(result.text)));
+        for (const std::string &warning : result.warnings)
+            std::fprintf(stderr, "  avviso: %s\n", OnOneLine(warning).c_str());
     };
     ImportInvoices(&command, {files.begin(), files.end()}, show);
-    if (json) json->Finish({{"caricate", counts[0]}, {"gia_presenti", counts[1]}, {"rifiutate", counts[2]}});
-    else Print(fmt::format("{} caricate, {} già presenti, {} rifiutate.\n", counts[0], counts[1], counts[2]));
+    if (json)
+        json->Finish({{"caricate", counts[0]}, {"gia_presenti", counts[1]}, {"rifiutate", counts[2]}});
+    else
+        Print(fmt::format("{} caricate, {} già presenti, {} rifiutate.\n", counts[0], counts[1], counts[2]));
     return counts[2] == 0 ? kExitDone : kExitRefused;
 }
 
@@ -69,12 +79,26 @@ std::string NumberOrDash(long number)
 
 nlohmann::json ToJson(const InvoiceRow &row)
 {
-    return {{"id", IdOf(row)}, {"codice", row.code}, {"documento", row.document + 1}, {"file", row.file_name.str()},
-            {"tipo", row.type}, {"numero", row.number}, {"data", JsonDate(row.day)}, {"cedente", row.seller_name},
-            {"piva", row.vat_number}, {"codfis", row.fiscal_code}, {"fornitore", row.supplier}, {"fornitore_nome", row.supplier_name},
-            {"tipo_testo", row.type_text}, {"magazzino", row.is_in_warehouse}, {"totale", JsonAmount(row.total)},
-            {"firmata", row.is_signed}, {"registrata", row.is_registered},
-            {"movimento", row.entry}, {"protocollo", row.protocol}, {"stato", StateOf(row)}};
+    return {{"id", IdOf(row)},
+            {"codice", row.code},
+            {"documento", row.document + 1},
+            {"file", row.file_name.str()},
+            {"tipo", row.type},
+            {"numero", row.number},
+            {"data", JsonDate(row.day)},
+            {"cedente", row.seller_name},
+            {"piva", row.vat_number},
+            {"codfis", row.fiscal_code},
+            {"fornitore", row.supplier},
+            {"fornitore_nome", row.supplier_name},
+            {"tipo_testo", row.type_text},
+            {"magazzino", row.is_in_warehouse},
+            {"totale", JsonAmount(row.total)},
+            {"firmata", row.is_signed},
+            {"registrata", row.is_registered},
+            {"movimento", row.entry},
+            {"protocollo", row.protocol},
+            {"stato", StateOf(row)}};
 }
 
 struct ListOptions {
@@ -89,8 +113,18 @@ int List(Session *session, const ListOptions &options)
     std::optional<JsonListPrinter> json;
     if (session->json) json.emplace("fatture");
     constexpr auto kRight = TableColumn::Align::Right;
-    Table table({{"Id", kRight}, {"Tipo"}, {"Numero", TableColumn::Align::Left, 20}, {"Data"}, {"Forn.", kRight},
-                 {"Cedente", TableColumn::Align::Left, 34}, {"Totale", kRight}, {"Mov.", kRight}, {"Prot.", kRight}, {"Scad.", kRight}, {"File", kRight}, {"Stato"}},
+    Table table({{"Id", kRight},
+                 {"Tipo"},
+                 {"Numero", TableColumn::Align::Left, 20},
+                 {"Data"},
+                 {"Forn.", kRight},
+                 {"Cedente", TableColumn::Align::Left, 34},
+                 {"Totale", kRight},
+                 {"Mov.", kRight},
+                 {"Prot.", kRight},
+                 {"Scad.", kRight},
+                 {"File", kRight},
+                 {"Stato"}},
                 session->Colours());
     long count = 0;
     ForEachInvoice(nullptr, first, last, [&](const InvoiceRow &row) {
@@ -107,8 +141,10 @@ int List(Session *session, const ListOptions &options)
         Print(table.Take());
         return true;
     });
-    if (json) json->Finish({{"totale", count}});
-    else Print(table.Finish() + fmt::format("{} fatture.\n", count));
+    if (json)
+        json->Finish({{"totale", count}});
+    else
+        Print(table.Finish() + fmt::format("{} fatture.\n", count));
     return kExitDone;
 }
 
@@ -137,7 +173,8 @@ long ParsePositive(std::string_view text)
 
 Target ToTarget(const InvoiceRow &row)
 {
-    return {row.code, row.document, fmt::format("n. {} del {}, {}", row.number, FormatDate(row.day), row.seller_name), row.day, row.is_registered};
+    return {row.code, row.document, fmt::format("n. {} del {}, {}", row.number, FormatDate(row.day), row.seller_name),
+            row.day, row.is_registered};
 }
 
 /// "12" is every body of file 12, "12.2" its second one.
@@ -172,11 +209,16 @@ RegistrationChoices ChoicesFrom(const RegisterOptions &options)
 
 nlohmann::json ToJson(const Target &target, const RegistrationOutcome &outcome)
 {
-    nlohmann::json json = {{"codice", target.code}, {"documento", target.document + 1}, {"registrata", outcome.registered},
-                           {"motivo", outcome.reason}, {"note", outcome.notes}};
+    nlohmann::json json = {{"codice", target.code},
+                           {"documento", target.document + 1},
+                           {"registrata", outcome.registered},
+                           {"motivo", outcome.reason},
+                           {"note", outcome.notes}};
     if (outcome.registered)
-        json.update({{"movimento", outcome.entry.pno_codice}, {"protocollo", outcome.entry.pno_prot},
-                     {"registro", outcome.entry.pno_reg}, {"totale", JsonAmount(outcome.entry.pno_tot_doc)},
+        json.update({{"movimento", outcome.entry.pno_codice},
+                     {"protocollo", outcome.entry.pno_prot},
+                     {"registro", outcome.entry.pno_reg},
+                     {"totale", JsonAmount(outcome.entry.pno_tot_doc)},
                      {"scadenze", outcome.instalments}});
     return json;
 }
@@ -184,18 +226,23 @@ nlohmann::json ToJson(const Target &target, const RegistrationOutcome &outcome)
 void PrintOutcome(const Target &target, const RegistrationOutcome &outcome)
 {
     if (outcome.registered)
-        Print(fmt::format("registrata   {}: movimento {}, protocollo {} {}, {} righe IVA, {} scadenze\n", OnOneLine(target.label),
-                          outcome.entry.pno_codice, outcome.entry.pno_prot, RegisterName(outcome.entry.pno_reg),
-                          std::count_if(outcome.entry.iva.begin(), outcome.entry.iva.end(), [](const PNOTA_IVA &line) { return line.iva != 0; }),
+        Print(fmt::format("registrata   {}: movimento {}, protocollo {} {}, {} righe IVA, {} scadenze\n",
+                          OnOneLine(target.label), outcome.entry.pno_codice, outcome.entry.pno_prot,
+                          RegisterName(outcome.entry.pno_reg),
+                          std::count_if(outcome.entry.iva.begin(), outcome.entry.iva.end(),
+                                        [](const PNOTA_IVA &line) { return line.iva != 0; }),
                           outcome.instalments));
-    else Print(fmt::format("rifiutata    {}: {}\n", OnOneLine(target.label), OnOneLine(outcome.reason)));
+    else
+        Print(fmt::format("rifiutata    {}: {}\n", OnOneLine(target.label), OnOneLine(outcome.reason)));
     for (const std::string &note : outcome.notes) Print(fmt::format("             {}\n", OnOneLine(note)));
 }
 
 int Register(Session *session, const RegisterOptions &options)
 {
-    if (options.all == !options.ids.empty()) throw UsageError("Indicare gli identificativi delle fatture oppure --tutte.");
-    if (options.new_supplier && options.supplier != 0) throw UsageError("--fornitore e --nuovo-fornitore si escludono.");
+    if (options.all == !options.ids.empty())
+        throw UsageError("Indicare gli identificativi delle fatture oppure --tutte.");
+    if (options.new_supplier && options.supplier != 0)
+        throw UsageError("--fornitore e --nuovo-fornitore si escludono.");
     session->OpenArchive();
     session->user.answer_choice = options.new_supplier ? IDNO : options.supplier != 0 ? IDYES : IDCANCEL;
     SAConnection connection;
@@ -216,17 +263,27 @@ int Register(Session *session, const RegisterOptions &options)
     for (const Target &target : targets) {
         if (options.all && target.done) {
             ++already;
-            if (json) json->Add({{"codice", target.code}, {"documento", target.document + 1}, {"registrata", true}, {"motivo", "già registrata"}});
-            else Print(fmt::format("già fatta    {}\n", OnOneLine(target.label)));
+            if (json)
+                json->Add({{"codice", target.code},
+                           {"documento", target.document + 1},
+                           {"registrata", true},
+                           {"motivo", "già registrata"}});
+            else
+                Print(fmt::format("già fatta    {}\n", OnOneLine(target.label)));
             continue;
         }
-        const RegistrationOutcome outcome = RegisterInvoice(&command, target.code, target.document, options.causale, ChoicesFrom(options));
+        const RegistrationOutcome outcome =
+            RegisterInvoice(&command, target.code, target.document, options.causale, ChoicesFrom(options));
         ++(outcome.registered ? registered : refused);
-        if (json) json->Add(ToJson(target, outcome));
-        else PrintOutcome(target, outcome);
+        if (json)
+            json->Add(ToJson(target, outcome));
+        else
+            PrintOutcome(target, outcome);
     }
-    if (json) json->Finish({{"registrate", registered}, {"gia_registrate", already}, {"rifiutate", refused}});
-    else Print(fmt::format("{} registrate, {} già registrate, {} rifiutate.\n", registered, already, refused));
+    if (json)
+        json->Finish({{"registrate", registered}, {"gia_registrate", already}, {"rifiutate", refused}});
+    else
+        Print(fmt::format("{} registrate, {} già registrate, {} rifiutate.\n", registered, already, refused));
     return refused == 0 ? kExitDone : kExitRefused;
 }
 
@@ -240,10 +297,14 @@ int Export(Session *session, const ExportOptions &options)
     if (options.xml.empty() == options.p7m.empty()) throw UsageError("Indicare --xml FILE oppure --p7m FILE.");
     session->OpenArchive();
     const std::string &file = options.xml.empty() ? options.p7m : options.xml;
-    if (options.xml.empty()) ExportInvoiceP7m(nullptr, options.code, file);
-    else ExportInvoiceXml(nullptr, options.code, file);
-    if (session->json) PrintJson(nlohmann::json{{"file", file}});
-    else Print(fmt::format("Scritto: {}\n", file));
+    if (options.xml.empty())
+        ExportInvoiceP7m(nullptr, options.code, file);
+    else
+        ExportInvoiceXml(nullptr, options.code, file);
+    if (session->json)
+        PrintJson(nlohmann::json{{"file", file}});
+    else
+        Print(fmt::format("Scritto: {}\n", file));
     return kExitDone;
 }
 
@@ -259,34 +320,36 @@ void AddInvoiceCommands(CLI::App *app, Session *session, Action *action)
     CLI::App *import = group->add_subcommand("importa", "Carica fatture da file, cartelle e archivi .zip");
     import->footer("Esempio:\n  lumera fatture importa scaricate/ IT01234567897_00001.xml.p7m");
     import->add_option("file", *files, "File XML o .p7m, cartelle, .zip")->required();
-    import->callback([=] { *action = [=] { return Import(session, *files); }; });
+    import->callback([=] { *action = [=] { return Import(session, *files);
+};
+});
 
-    auto list = std::make_shared<ListOptions>();
-    CLI::App *listing = group->add_subcommand("elenco", "Elenca le fatture caricate e il loro stato");
-    listing->footer("Esempio:\n  lumera fatture elenco --da-registrare");
-    listing->add_option("--dal", list->from, "Acquisite dal giorno");
-    listing->add_option("--al", list->to, "Acquisite fino al giorno");
-    listing->add_flag("--da-registrare", list->only_open, "Solo quelle non ancora registrate");
-    listing->callback([=] { *action = [=] { return List(session, *list); }; });
+auto list = std::make_shared<ListOptions>();
+CLI::App *listing = group->add_subcommand("elenco", "Elenca le fatture caricate e il loro stato");
+listing->footer("Esempio:\n  lumera fatture elenco --da-registrare");
+listing->add_option("--dal", list->from, "Acquisite dal giorno");
+listing->add_option("--al", list->to, "Acquisite fino al giorno");
+listing->add_flag("--da-registrare", list->only_open, "Solo quelle non ancora registrate");
+listing->callback([=] { *action = [=] { return List(session, *list); }; });
 
-    auto options = std::make_shared<RegisterOptions>();
-    CLI::App *registration = group->add_subcommand("registra", "Registra fatture in prima nota con le loro scadenze");
-    registration->footer("Esempi:\n  lumera fatture registra 12\n  lumera fatture registra 12.2 --causale 22\n"
-                         "  lumera fatture registra --tutte --nuovo-fornitore");
-    registration->add_option("id", options->ids, "Identificativi (codice, o codice.documento)");
-    registration->add_flag("--tutte", options->all, "Tutte quelle non ancora registrate");
-    registration->add_option("--data", options->day, "Data di registrazione (quella del documento)");
-    registration->add_option("--causale", options->causale, "Causale contabile, invece di quella del fornitore");
-    registration->add_option("--fornitore", options->supplier, "Fornitore da usare quando non è individuato");
-    registration->add_flag("--nuovo-fornitore", options->new_supplier, "Crea il fornitore quando non è individuato");
-    registration->add_option("--codice-iva", options->vat_code, "Codice IVA da usare quando nessuno corrisponde");
-    registration->callback([=] { *action = [=] { return Register(session, *options); }; });
+auto options = std::make_shared<RegisterOptions>();
+CLI::App *registration = group->add_subcommand("registra", "Registra fatture in prima nota con le loro scadenze");
+registration->footer("Esempi:\n  lumera fatture registra 12\n  lumera fatture registra 12.2 --causale 22\n"
+                     "  lumera fatture registra --tutte --nuovo-fornitore");
+registration->add_option("id", options->ids, "Identificativi (codice, o codice.documento)");
+registration->add_flag("--tutte", options->all, "Tutte quelle non ancora registrate");
+registration->add_option("--data", options->day, "Data di registrazione (quella del documento)");
+registration->add_option("--causale", options->causale, "Causale contabile, invece di quella del fornitore");
+registration->add_option("--fornitore", options->supplier, "Fornitore da usare quando non è individuato");
+registration->add_flag("--nuovo-fornitore", options->new_supplier, "Crea il fornitore quando non è individuato");
+registration->add_option("--codice-iva", options->vat_code, "Codice IVA da usare quando nessuno corrisponde");
+registration->callback([=] { *action = [=] { return Register(session, *options); }; });
 
-    auto target = std::make_shared<ExportOptions>();
-    CLI::App *exporting = group->add_subcommand("esporta", "Scrive una fattura su file");
-    exporting->footer("Esempio:\n  lumera fatture esporta 12 --xml fattura.xml");
-    exporting->add_option("id", target->code, "Codice della fattura")->required();
-    exporting->add_option("--xml", target->xml, "File XML, senza la firma");
-    exporting->add_option("--p7m", target->p7m, "File firmato come ricevuto");
-    exporting->callback([=] { *action = [=] { return Export(session, *target); }; });
+auto target = std::make_shared<ExportOptions>();
+CLI::App *exporting = group->add_subcommand("esporta", "Scrive una fattura su file");
+exporting->footer("Esempio:\n  lumera fatture esporta 12 --xml fattura.xml");
+exporting->add_option("id", target->code, "Codice della fattura")->required();
+exporting->add_option("--xml", target->xml, "File XML, senza la firma");
+exporting->add_option("--p7m", target->p7m, "File firmato come ricevuto");
+exporting->callback([=] { *action = [=] { return Export(session, *target); }; });
 }

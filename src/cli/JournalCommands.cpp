@@ -40,12 +40,13 @@ int List(Session *session, const ListOptions &options)
     session->OpenArchive();
     SAConnection connection;
     connection.Connect(lumera_db_target);
-    SACommand query(&connection,
-                    "SELECT pno_codice, pno_data, pno_des_cau, pno_data_doc, pno_tot_doc, pno_sez, pno_cau, pno_reg, pno_prot,"
-                    " pno_rel, pno_cli_for, pno_doc, pno_dare, pno_avere,"
-                    " CASE pno_rel WHEN 0 THEN cli_desc WHEN 1 THEN for_desc END AS nome FROM admin.pnota1"
-                    " LEFT JOIN admin.clienti1 ON cli_codice = pno_cliente LEFT JOIN admin.fornito1 ON for_codice = pno_fornitore" +
-                        Condition(options) + " ORDER BY pno_data DESC, pno_codice DESC");
+    SACommand query(
+        &connection,
+        "SELECT pno_codice, pno_data, pno_des_cau, pno_data_doc, pno_tot_doc, pno_sez, pno_cau, pno_reg, pno_prot,"
+        " pno_rel, pno_cli_for, pno_doc, pno_dare, pno_avere,"
+        " CASE pno_rel WHEN 0 THEN cli_desc WHEN 1 THEN for_desc END AS nome FROM admin.pnota1"
+        " LEFT JOIN admin.clienti1 ON cli_codice = pno_cliente LEFT JOIN admin.fornito1 ON for_codice = pno_fornitore" +
+            Condition(options) + " ORDER BY pno_data DESC, pno_codice DESC");
     if (first != 0) query.Param("d_start").setAsDateTime(ToSqlDate(first));
     if (last != 0) query.Param("d_stop").setAsDateTime(ToSqlDate(last));
     if (options.section != 0) query.Param("codsez").setAsLong(options.section);
@@ -55,8 +56,16 @@ int List(Session *session, const ListOptions &options)
     std::optional<JsonListPrinter> json;
     if (session->json) json.emplace("movimenti");
     constexpr auto kRight = TableColumn::Align::Right;
-    Table table({{"Mov.", kRight}, {"Data"}, {"Causale"}, {"Registro"}, {"Prot.", kRight}, {"Documento"},
-                 {"Cliente/fornitore", TableColumn::Align::Left, 32}, {"Totale", kRight}, {"Dare", kRight}, {"Avere", kRight}},
+    Table table({{"Mov.", kRight},
+                 {"Data"},
+                 {"Causale"},
+                 {"Registro"},
+                 {"Prot.", kRight},
+                 {"Documento"},
+                 {"Cliente/fornitore", TableColumn::Align::Left, 32},
+                 {"Totale", kRight},
+                 {"Dare", kRight},
+                 {"Avere", kRight}},
                 session->Colours());
     long count = 0;
     long long dare = 0, avere = 0;
@@ -66,27 +75,37 @@ int List(Session *session, const ListOptions &options)
         avere += ToCents(query.Field("pno_avere").asDouble());
         const long day = FromSqlDate(query.Field("pno_data").asDateTime());
         if (json) {
-            json->Add({{"codice", query.Field("pno_codice").asLong()}, {"data", JsonDate(day)},
-                       {"cau", query.Field("pno_cau").asLong()}, {"des_cau", query.Field("pno_des_cau").asString()},
-                       {"sez", query.Field("pno_sez").asLong()}, {"reg", query.Field("pno_reg").asLong()},
-                       {"prot", query.Field("pno_prot").asLong()}, {"doc", query.Field("pno_doc").asString()},
+            json->Add({{"codice", query.Field("pno_codice").asLong()},
+                       {"data", JsonDate(day)},
+                       {"cau", query.Field("pno_cau").asLong()},
+                       {"des_cau", query.Field("pno_des_cau").asString()},
+                       {"sez", query.Field("pno_sez").asLong()},
+                       {"reg", query.Field("pno_reg").asLong()},
+                       {"prot", query.Field("pno_prot").asLong()},
+                       {"doc", query.Field("pno_doc").asString()},
                        {"data_doc", JsonDate(FromSqlDate(query.Field("pno_data_doc").asDateTime()))},
-                       {"rel", query.Field("pno_rel").asLong()}, {"cli_for", query.Field("pno_cli_for").asLong()},
-                       {"nome", query.Field("nome").asString()}, {"tot_doc", JsonAmount(query.Field("pno_tot_doc").asDouble())},
-                       {"dare", JsonAmount(query.Field("pno_dare").asDouble())}, {"avere", JsonAmount(query.Field("pno_avere").asDouble())}});
+                       {"rel", query.Field("pno_rel").asLong()},
+                       {"cli_for", query.Field("pno_cli_for").asLong()},
+                       {"nome", query.Field("nome").asString()},
+                       {"tot_doc", JsonAmount(query.Field("pno_tot_doc").asDouble())},
+                       {"dare", JsonAmount(query.Field("pno_dare").asDouble())},
+                       {"avere", JsonAmount(query.Field("pno_avere").asDouble())}});
             continue;
         }
         const long protocol = query.Field("pno_prot").asLong();
         table.AddRow({query.Field("pno_codice").asString(), FormatDate(day), query.Field("pno_des_cau").asString(),
                       RegisterName(query.Field("pno_reg").asLong()), protocol == 0 ? "" : std::to_string(protocol),
                       query.Field("pno_doc").asString(), query.Field("nome").asString(),
-                      FormatAmount(query.Field("pno_tot_doc").asDouble()), FormatAmount(query.Field("pno_dare").asDouble()),
+                      FormatAmount(query.Field("pno_tot_doc").asDouble()),
+                      FormatAmount(query.Field("pno_dare").asDouble()),
                       FormatAmount(query.Field("pno_avere").asDouble())});
         Print(table.Take());
     }
-    if (json) json->Finish({{"totale", count}});
+    if (json)
+        json->Finish({{"totale", count}});
     else
-        Print(table.Finish({"", "", fmt::format("{} movimenti", count), "", "", "", "", "", FormatAmount(FromCents(dare)), FormatAmount(FromCents(avere))}));
+        Print(table.Finish({"", "", fmt::format("{} movimenti", count), "", "", "", "", "",
+                            FormatAmount(FromCents(dare)), FormatAmount(FromCents(avere))}));
     return kExitDone;
 }
 
@@ -99,10 +118,14 @@ PNOTA Load(SACommand *cmd, long number)
 
 std::string HeaderText(const PNOTA &entry)
 {
-    std::string text = fmt::format("Movimento {} del {}   causale {} {}\n", entry.pno_codice, FormatDate(entry.pno_data), entry.pno_cau, entry.pno_des_cau.str());
+    std::string text = fmt::format("Movimento {} del {}   causale {} {}\n", entry.pno_codice,
+                                   FormatDate(entry.pno_data), entry.pno_cau, entry.pno_des_cau.str());
     if (entry.pno_rel != kNoCounterpart)
-        text += fmt::format("{} {} {}\n", entry.pno_rel == kCustomer ? "Cliente" : "Fornitore", entry.pno_cli_for, entry.des_clifor.str());
-    if (!entry.pno_doc.empty()) text += fmt::format("Documento {} del {}   totale {}\n", entry.pno_doc.str(), FormatDate(entry.pno_data_doc), FormatAmount(entry.pno_tot_doc));
+        text += fmt::format("{} {} {}\n", entry.pno_rel == kCustomer ? "Cliente" : "Fornitore", entry.pno_cli_for,
+                            entry.des_clifor.str());
+    if (!entry.pno_doc.empty())
+        text += fmt::format("Documento {} del {}   totale {}\n", entry.pno_doc.str(), FormatDate(entry.pno_data_doc),
+                            FormatAmount(entry.pno_tot_doc));
     text += fmt::format("Registro {}", RegisterName(entry.pno_reg));
     if (entry.pno_prot != 0) text += fmt::format("   sezione {}   protocollo {}", entry.pno_sez, entry.pno_prot);
     if (entry.pno_pag != 0) text += fmt::format("\nPagamento {} {}", entry.pno_pag, entry.des_pag.str());
@@ -117,28 +140,35 @@ int Show(Session *session, long number)
     if (session->json) {
         nlohmann::json json = EntryToJson(entry);
         json["allegati"] = nlohmann::json::array();
-        for (const PNOTA_ALLEGATO &file : files) json["allegati"].push_back({{"nome", file.pat_fname.str()}, {"bytes", file.pat_bytes_size}});
+        for (const PNOTA_ALLEGATO &file : files)
+            json["allegati"].push_back({{"nome", file.pat_fname.str()}, {"bytes", file.pat_bytes_size}});
         Print(json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
         return kExitDone;
     }
     Print(HeaderText(entry));
     constexpr auto kRight = TableColumn::Align::Right;
     if (entry.pno_cau_iva == 1) {
-        Table vat({{"IVA", kRight}, {"Imponibile", kRight}, {"Aliq.", kRight}, {"Imposta", kRight}, {"Indetr.%", kRight}}, session->Colours());
+        Table vat(
+            {{"IVA", kRight}, {"Imponibile", kRight}, {"Aliq.", kRight}, {"Imposta", kRight}, {"Indetr.%", kRight}},
+            session->Colours());
         for (const PNOTA_IVA &line : entry.iva) {
             if (line.iva != 0)
-                vat.AddRow({std::to_string(line.iva), FormatAmount(line.impo), FormatAmount(line.aliq), FormatAmount(line.imposta), FormatAmount(line.ind)});
+                vat.AddRow({std::to_string(line.iva), FormatAmount(line.impo), FormatAmount(line.aliq),
+                            FormatAmount(line.imposta), FormatAmount(line.ind)});
         }
         Print("\n" + vat.Finish());
     }
-    Table rows({{"Conto"}, {"Descrizione", TableColumn::Align::Left, 44}, {"Dare", kRight}, {"Avere", kRight}}, session->Colours());
+    Table rows({{"Conto"}, {"Descrizione", TableColumn::Align::Left, 44}, {"Dare", kRight}, {"Avere", kRight}},
+               session->Colours());
     for (const PNOTA_RIGA &row : entry.righe) {
         if (!row.InUse()) continue;
         const std::string amount = FormatAmount(row.row_importo);
-        rows.AddRow({fmt::format("{}.{}.{}", row.row_mas, row.row_con, row.row_sot), row.des_sot.str(), row.IsDare() ? amount : "", row.IsDare() ? "" : amount});
+        rows.AddRow({fmt::format("{}.{}.{}", row.row_mas, row.row_con, row.row_sot), row.des_sot.str(),
+                     row.IsDare() ? amount : "", row.IsDare() ? "" : amount});
     }
     Print("\n" + rows.Finish({"", "", FormatAmount(entry.pno_dare), FormatAmount(entry.pno_avere)}));
-    for (const PNOTA_ALLEGATO &file : files) Print(fmt::format("Allegato: {} ({} byte)\n", OnOneLine(file.pat_fname), file.pat_bytes_size));
+    for (const PNOTA_ALLEGATO &file : files)
+        Print(fmt::format("Allegato: {} ({} byte)\n", OnOneLine(file.pat_fname), file.pat_bytes_size));
     return kExitDone;
 }
 
@@ -162,18 +192,25 @@ int Store(Session *session, const std::string &file)
     PNOTA entry = EntryFromJson(&command, text, session->user.Today());
     // The instalments are proposed before the entry has its number, so that the questions come before any write.
     const std::optional<InstalmentProposal> instalments = ProposeInstalments(&command, entry);
-    if (instalments && !ConfirmTotal(instalments->rows, instalments->total)) throw RefusedError("Scadenze non confermate.");
+    if (instalments && !ConfirmTotal(instalments->rows, instalments->total))
+        throw RefusedError("Scadenze non confermate.");
     long stored_instalments = 0;
     StoreTogether together;
     if (instalments)
-        together.after = [&](SACommand *inner, const PNOTA &stored) { stored_instalments = StoreInstalments(inner, stored, *instalments); };
+        together.after = [&](SACommand *inner, const PNOTA &stored) {
+            stored_instalments = StoreInstalments(inner, stored, *instalments);
+        };
     const StoreOutcome outcome = StoreEntry(&command, &entry, true, together);
     if (!outcome.stored) throw RefusedError(outcome.reason);
     if (session->json)
-        PrintJson(nlohmann::json{{"codice", entry.pno_codice}, {"prot", entry.pno_prot}, {"tot_doc", JsonAmount(entry.pno_tot_doc)}, {"scadenze", stored_instalments}});
+        PrintJson(nlohmann::json{{"codice", entry.pno_codice},
+                                 {"prot", entry.pno_prot},
+                                 {"tot_doc", JsonAmount(entry.pno_tot_doc)},
+                                 {"scadenze", stored_instalments}});
     else
         Print(fmt::format("Registrato il movimento {}{}, {} scadenze.\n", entry.pno_codice,
-                          entry.pno_prot == 0 ? "" : fmt::format(" con protocollo {}", entry.pno_prot), stored_instalments));
+                          entry.pno_prot == 0 ? "" : fmt::format(" con protocollo {}", entry.pno_prot),
+                          stored_instalments));
     return kExitDone;
 }
 
@@ -184,12 +221,15 @@ int Delete(Session *session, long number)
     connection.Connect(lumera_db_target);
     SACommand command(&connection);
     PNOTA entry = Load(&command, number);
-    if (AfxMessageBox(fmt::format("Vuoi veramente eliminare il movimento n. {} del {}?", number, FormatDate(entry.pno_data)),
-                      MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES)
+    if (AfxMessageBox(
+            fmt::format("Vuoi veramente eliminare il movimento n. {} del {}?", number, FormatDate(entry.pno_data)),
+            MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES)
         throw RefusedError("Eliminazione non confermata (usare --si).");
     DeleteEntry(&command, &entry);
-    if (session->json) PrintJson(nlohmann::json{{"eliminato", number}});
-    else Print(fmt::format("Eliminato il movimento {}.\n", number));
+    if (session->json)
+        PrintJson(nlohmann::json{{"eliminato", number}});
+    else
+        Print(fmt::format("Eliminato il movimento {}.\n", number));
     return kExitDone;
 }
 
@@ -218,7 +258,8 @@ void AddJournalCommands(CLI::App *app, Session *session, Action *action)
 
     auto file = std::make_shared<std::string>();
     CLI::App *store = group->add_subcommand("registra", "Registra un movimento descritto in JSON");
-    store->footer("Esempio:\n  echo '{\"data\":\"2026-03-15\",\"cau\":21,\"cli_for\":1,\"doc\":\"45\",\"data_doc\":\"2026-03-10\","
+    store->footer("Esempio:\n  echo "
+                  "'{\"data\":\"2026-03-15\",\"cau\":21,\"cli_for\":1,\"doc\":\"45\",\"data_doc\":\"2026-03-10\","
                   "\"iva\":[{\"codice\":22,\"imponibile\":100.00}]}' | lumera pnota registra -");
     store->add_option("file", *file, "File JSON, o - per lo standard input")->required();
     store->callback([=] { *action = [=] { return Store(session, *file); }; });

@@ -1,10 +1,10 @@
 #include "einvoice/InvoiceInbox.h"
 
 #include "einvoice/InvoiceSources.h"
-#include "tarvodlg/base/UserInterface.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
+#include "tarvodlg/base/UserInterface.h"
 #include "tarvolumera/Counterparts.h"
 #include "tarvolumera/FiscalCodes.h"
 #include "tarvolumera/SaExceptionDisplay.h"
@@ -27,7 +27,8 @@ bool IsForCompany(const fatturapa::PartyType &buyer, const DITTE &company)
     const std::string vat = Upper(fatturapa::VatNumber(buyer.DatiAnagrafici.IdFiscaleIVA));
     const std::string fiscal = NormalisedFiscalCode(buyer.DatiAnagrafici.CodiceFiscale);
     const bool vat_differs = !vat.empty() && vat != Upper(company.dit_piva);
-    const bool fiscal_differs = !fiscal.empty() && fiscal != Upper(company.dit_codfis) && fiscal != Upper(company.dit_piva);
+    const bool fiscal_differs =
+        !fiscal.empty() && fiscal != Upper(company.dit_codfis) && fiscal != Upper(company.dit_piva);
     return !vat_differs && !fiscal_differs && !(vat.empty() && fiscal.empty());
 }
 
@@ -36,8 +37,7 @@ std::string Summary(const CFattureElettronicheDB &content)
     std::string text = fatturapa::NameOf(content.Header().CedentePrestatore.DatiAnagrafici.Anagrafica);
     for (const fatturapa::FatturaElettronicaBody &body : content.Documents()) {
         const auto &document = body.DatiGenerali.DatiGeneraliDocumento;
-        text += fmt::format(", {} n. {} del {}", document.TipoDocumento, document.Numero,
-                            FormatDate(document.Data));
+        text += fmt::format(", {} n. {} del {}", document.TipoDocumento, document.Numero, FormatDate(document.Data));
     }
     return text;
 }
@@ -78,8 +78,10 @@ bool EndsTheRun(const SAException &error)
     case SAFault::DiskFull:
     case SAFault::ReadOnly:
     case SAFault::Corrupt:
-    case SAFault::Busy: return true;
-    default: return false;
+    case SAFault::Busy:
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -140,9 +142,10 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
             return result;
         }
         if (!IsForCompany(content.Header().CessionarioCommittente, lumera_db_impo) &&
-            AfxMessageBox(fmt::sprintf("Partita Iva/Codice fiscale non corrispondenti per il file :\n\n%s\n\nVuoi Continuare ?",
-                                       origin),
-                          MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES) {
+            AfxMessageBox(
+                fmt::sprintf("Partita Iva/Codice fiscale non corrispondenti per il file :\n\n%s\n\nVuoi Continuare ?",
+                             origin),
+                MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES) {
             const auto &buyer = content.Header().CessionarioCommittente.DatiAnagrafici;
             result.text = fmt::format("intestata ad altra ditta: {} (P.IVA {})", fatturapa::NameOf(buyer.Anagrafica),
                                       fatturapa::VatNumber(buyer.IdFiscaleIVA));
@@ -182,11 +185,14 @@ std::vector<ImportResult> ImportInvoices(SACommand *cmd, const std::vector<std::
     long current = 0;
     for (const std::filesystem::path &path : paths) {
         ++current;
-        progress.SetStatus(fmt::sprintf("Importazione file %ld di %ld in corso...", current, static_cast<long>(paths.size())));
+        progress.SetStatus(
+            fmt::sprintf("Importazione file %ld di %ld in corso...", current, static_cast<long>(paths.size())));
         try {
             ForEachOfferedFile(path, [&](const OfferedFile &file) {
-                if (!file.fault.empty()) add({file.origin, ImportOutcome::Refused, 0, file.fault, {}});
-                else add(ImportInvoice(scope.get(), file.origin, file.name, file.bytes));
+                if (!file.fault.empty())
+                    add({file.origin, ImportOutcome::Refused, 0, file.fault, {}});
+                else
+                    add(ImportInvoice(scope.get(), file.origin, file.name, file.bytes));
                 return true;
             });
         } catch (const FileError &error) {
@@ -214,10 +220,11 @@ bool CheckPNota(SACommand *cmd, long supplier, std::string_view number, long day
 void FindRegisteredEntry(SACommand *cmd, InvoiceRow *row)
 {
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(),
-                    "SELECT pno_codice, pno_prot FROM admin.pnota1 WHERE (pno_all = :codice AND pno_all_doc = :documento)"
-                    " OR (pno_reg IN (2, 6) AND pno_cli_for = :codfor AND pno_cli_for <> 0 AND pno_doc = :numdoc"
-                    " AND pno_data_doc = :data) ORDER BY pno_codice DESC");
+    SACommand query(
+        scope->Connection(),
+        "SELECT pno_codice, pno_prot FROM admin.pnota1 WHERE (pno_all = :codice AND pno_all_doc = :documento)"
+        " OR (pno_reg IN (2, 6) AND pno_cli_for = :codfor AND pno_cli_for <> 0 AND pno_doc = :numdoc"
+        " AND pno_data_doc = :data) ORDER BY pno_codice DESC");
     query.Param("codice").setAsLong(row->code);
     query.Param("documento").setAsLong(static_cast<long>(row->document + 1));
     query.Param("codfor").setAsLong(row->supplier);
@@ -234,10 +241,11 @@ bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long d
 {
     if (supplier == 0) return false;
     CommandScope scope(cmd);
-    return CountRows(scope.get(),
-                     "SELECT COUNT(*) AS numrec FROM admin.testate1 WHERE tes_cod_for = :codfor AND tes_n_fat = :n_doc AND "
-                     "tes_d_fat = :d_doc",
-                     supplier, "n_doc", number, "d_doc", day, 0) > 0;
+    return CountRows(
+               scope.get(),
+               "SELECT COUNT(*) AS numrec FROM admin.testate1 WHERE tes_cod_for = :codfor AND tes_n_fat = :n_doc AND "
+               "tes_d_fat = :d_doc",
+               supplier, "n_doc", number, "d_doc", day, 0) > 0;
 }
 
 bool FindSupplierOfRow(SACommand *cmd, std::string_view vat_number, std::string_view fiscal_code, FORNITORI *supplier)
@@ -245,8 +253,9 @@ bool FindSupplierOfRow(SACommand *cmd, std::string_view vat_number, std::string_
     *supplier = FORNITORI{};
     if (vat_number.empty() && fiscal_code.empty()) return false;
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(),
-                    "SELECT * FROM admin.fornito1 WHERE for_piva = :piva OR for_codfis = :codfis ORDER BY for_codice DESC");
+    SACommand query(
+        scope->Connection(),
+        "SELECT * FROM admin.fornito1 WHERE for_piva = :piva OR for_codfis = :codfis ORDER BY for_codice DESC");
     // An empty number must not meet the suppliers that have none: NULL equals nothing.
     if (!vat_number.empty()) query.Param("piva").setAsString(vat_number);
     if (!fiscal_code.empty()) query.Param("codfis").setAsString(fiscal_code);
@@ -256,7 +265,8 @@ bool FindSupplierOfRow(SACommand *cmd, std::string_view vat_number, std::string_
     return true;
 }
 
-InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content, std::size_t document)
+InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content,
+                           std::size_t document)
 {
     const auto &seller = content.Header().CedentePrestatore.DatiAnagrafici;
     const fatturapa::FatturaElettronicaBody &body = content.Documents().at(document);
@@ -303,8 +313,8 @@ void ForEachInvoice(SACommand *cmd, long first, long last, const std::function<b
         }
         return true;
     };
-    sqlall.ForEachOfKind(list.get(), kReceivedInvoices, ToSqlDate(first), last == 0 ? SADateTime{} : ToSqlDate(last + 1),
-                         show);
+    sqlall.ForEachOfKind(list.get(), kReceivedInvoices, ToSqlDate(first),
+                         last == 0 ? SADateTime{} : ToSqlDate(last + 1), show);
 }
 
 namespace {

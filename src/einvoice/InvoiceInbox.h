@@ -15,8 +15,8 @@ enum class ImportOutcome { Loaded, AlreadyThere, Refused };
 struct ImportResult {
     std::string origin; ///< the file as the user named it
     ImportOutcome outcome = ImportOutcome::Refused;
-    long code = 0;      ///< number of the filed document, also of the one that was already there
-    std::string text;   ///< what was loaded, or why not
+    long code = 0;    ///< number of the filed document, also of the one that was already there
+    std::string text; ///< what was loaded, or why not
     std::vector<std::string> warnings;
 };
 
@@ -40,7 +40,7 @@ struct InvoiceRow {
     std::size_t documents = 1;
     Text<200> file_name;
     SADateTime acquired;
-    long supplier = 0; ///< 0 = unknown
+    long supplier = 0;         ///< 0 = unknown
     std::string supplier_name; ///< of the supplier found, else "*** SCONOSCIUTO ***"
     std::string seller_name;   ///< as the file names it
     std::string vat_number, fiscal_code;
@@ -51,14 +51,15 @@ struct InvoiceRow {
     bool is_signed = false;
     bool is_registered = false, is_in_warehouse = false;
     long entry = 0, protocol = 0; ///< of the newest entry that registers it; 0 = not registered
-    std::string fault; ///< the filed bytes can no longer be read
+    std::string fault;            ///< the filed bytes can no longer be read
 };
 
 /// Lists the invoices acquired in a period. Each file is read and forgotten again, so memory does not grow with them.
 /// @param first, last  day numbers, both included; 0 = no limit
 void ForEachInvoice(SACommand *cmd, long first, long last, const std::function<bool(const InvoiceRow &)> &each);
 
-/// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (20060 when there is no such document)
+/// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (20060 when there is no such
+/// document)
 ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content);
 
 /// Whether the journal holds the document of that supplier, and whether the warehouse does.
@@ -71,7 +72,8 @@ bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long d
 bool FindSupplierOfRow(SACommand *cmd, std::string_view vat_number, std::string_view fiscal_code, FORNITORI *supplier);
 
 /// Status and texts of one body. The list and the desk's rows come from here.
-InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content, std::size_t document);
+InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content,
+                           std::size_t document);
 
 /// Writes the XML of a filed invoice, unwrapped if signed, or the file as it was received.
 /// @throws FileError, InvoiceFileError, SAException

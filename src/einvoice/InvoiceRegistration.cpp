@@ -4,9 +4,9 @@
 #include "ledger/EntryEditing.h"
 #include "ledger/EntryStorage.h"
 #include "schedule/Instalments.h"
-#include "tarvodlg/base/UserInterface.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Numbers.h"
+#include "tarvodlg/base/UserInterface.h"
 #include "tarvolumera/Causali.h"
 #include "tarvolumera/PSQLpno.h"
 #include "tarvolumera/Schedule.h"
@@ -52,13 +52,15 @@ long AskVatCode(const fatturapa::DatiRiepilogoType &row, const RegistrationChoic
     return choices.choose_vat_code ? choices.choose_vat_code(row) : 0;
 }
 
-bool VatCodeFor(SACommand *cmd, const fatturapa::DatiRiepilogoType &row, const RegistrationChoices &choices, CODIVA *code)
+bool VatCodeFor(SACommand *cmd, const fatturapa::DatiRiepilogoType &row, const RegistrationChoices &choices,
+                CODIVA *code)
 {
     if (sqliva.SearchByRate(cmd, row.AliquotaIVA, fatturapa::NaturaToIvaTip(row.Natura), code)) return true;
     const long chosen = AskVatCode(row, choices);
     if (chosen == 0 || !sqliva.Search(cmd, chosen, code)) return false;
     if (!TestIfZero(code->iva_aliq - row.AliquotaIVA))
-        AfxMessageBox("L'aliquota iva selezionata non è conforme a quanto indicato in fattura!", MB_OK | MB_ICONINFORMATION);
+        AfxMessageBox("L'aliquota iva selezionata non è conforme a quanto indicato in fattura!",
+                      MB_OK | MB_ICONINFORMATION);
     return true;
 }
 
@@ -98,37 +100,38 @@ PNOTA_RIGA *FirstFreeRow(PNOTA *entry)
     return free < kEntryRows ? &entry->righe[free] : nullptr;
 }
 
-/// Stamp duty that the seller charges on is an amount excluded from the taxable base (art. 15): it gets a VAT line of its
-/// own, so that total, instalments and cost hold it. False when there is no free line or no such VAT code.
+/// Stamp duty that the seller charges on is an amount excluded from the taxable base (art. 15): it gets a VAT line of
+/// its own, so that total, instalments and cost hold it. False when there is no free line or no such VAT code.
 bool AddExcludedLine(SACommand *cmd, double amount, PNOTA *entry)
 {
     CODIVA code;
-    const auto free = std::find_if(entry->iva.begin(), entry->iva.end(), [](const PNOTA_IVA &line) { return line.iva == 0; });
+    const auto free =
+        std::find_if(entry->iva.begin(), entry->iva.end(), [](const PNOTA_IVA &line) { return line.iva == 0; });
     if (free == entry->iva.end() || !sqliva.SearchByRate(cmd, 0, kVatExcluded, &code)) return false;
     *free = {code.iva_codice, code.iva_tip, 0, amount, 0, 0};
     sqlpno.RecalcPNota(cmd, entry, 1, 0, 0, 0, 0);
     return true;
 }
 
-/// Posts what the document's total has beyond its VAT summary, so that the supplier is owed what the invoice says. Above
-/// the company's limit the user decides, and a No stops.
-bool PostRounding(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body, PreparedInvoice *prepared, std::string *reason)
+/// Posts what the document's total has beyond its VAT summary, so that the supplier is owed what the invoice says.
+/// Above the company's limit the user decides, and a No stops.
+bool PostRounding(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body, PreparedInvoice *prepared,
+                  std::string *reason)
 {
     const TotalReading reading = ReadTotal(body);
     if (TestIfZero(reading.rounding)) return true;
     const double difference = SignOf(body) * reading.rounding;
-    const std::string figures = fmt::format("Totale documento {}, riepilogo IVA {}, differenza {} ({}).",
-                                            FormatAmount(fatturapa::TotaleDocumento(body)),
-                                            FormatAmount(fatturapa::SumOfSummary(body).totale),
-                                            FormatAmount(reading.rounding), reading.how);
+    const std::string figures = fmt::format(
+        "Totale documento {}, riepilogo IVA {}, differenza {} ({}).", FormatAmount(fatturapa::TotaleDocumento(body)),
+        FormatAmount(fatturapa::SumOfSummary(body).totale), FormatAmount(reading.rounding), reading.how);
     if (reading.is_stamp_duty && AddExcludedLine(cmd, difference, &prepared->entry)) {
         prepared->notes.push_back(figures + " Registrata come esclusa art. 15.");
         return true;
     }
-    const AccountKey account =
-        difference > 0 ? lumera_db_flag.RoundingExpense() : lumera_db_flag.RoundingIncome();
+    const AccountKey account = difference > 0 ? lumera_db_flag.RoundingExpense() : lumera_db_flag.RoundingIncome();
     PNOTA_RIGA *row = FirstFreeRow(&prepared->entry);
-    const bool postable = std::fabs(difference) <= lumera_db_flag.flg_arr_limite + 1e-9 && account.IsSet() && row != nullptr;
+    const bool postable =
+        std::fabs(difference) <= lumera_db_flag.flg_arr_limite + 1e-9 && account.IsSet() && row != nullptr;
     if (!postable) {
         if (AfxMessageBox(figures + "\n\nVuoi Continuare ?", MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES) {
             *reason = figures;
@@ -226,7 +229,8 @@ std::string DifferenceFromDocument(const fatturapa::FatturaElettronicaBody &body
     const TotalReading reading = ReadTotal(body);
     if (reading.is_stamp_duty) taxable -= sign * reading.rounding; // has a line of its own beside the summary
     if (!TestIfZero(taxable - sign * totals.imponibile))
-        return fmt::format("Imponibile registrato {}, in fattura {}.", FormatAmount(taxable), FormatAmount(totals.imponibile));
+        return fmt::format("Imponibile registrato {}, in fattura {}.", FormatAmount(taxable),
+                           FormatAmount(totals.imponibile));
     if (!TestIfZero(tax - sign * totals.imposta))
         return fmt::format("Imposta registrata {}, in fattura {}.", FormatAmount(tax), FormatAmount(totals.imposta));
     return {};
@@ -234,7 +238,8 @@ std::string DifferenceFromDocument(const fatturapa::FatturaElettronicaBody &body
 
 /// The company's own self-invoices come back from the exchange system and are no purchases; amounts in another currency
 /// cannot be booked as euro without the bookkeeper knowing.
-bool IsOrdinaryPurchase(const CFattureElettronicheDB &content, const fatturapa::DatiGeneraliDocumentoType &document, std::string *reason)
+bool IsOrdinaryPurchase(const CFattureElettronicheDB &content, const fatturapa::DatiGeneraliDocumentoType &document,
+                        std::string *reason)
 {
     const std::string seller = fatturapa::VatNumber(content.Header().CedentePrestatore.DatiAnagrafici.IdFiscaleIVA);
     if (!seller.empty() && seller == lumera_db_impo.dit_piva.str())
@@ -271,9 +276,9 @@ bool FillVatLines(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body,
     return line > 0;
 }
 
-bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content, std::size_t document,
-                         long causale_code, const RegistrationChoices &choices, PreparedInvoice *prepared,
-                         std::string *reason)
+bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content,
+                         std::size_t document, long causale_code, const RegistrationChoices &choices,
+                         PreparedInvoice *prepared, std::string *reason)
 {
     CommandScope scope(cmd);
     const fatturapa::FatturaElettronicaBody &body = content.Documents().at(document);
@@ -295,8 +300,9 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     if (lumera_db_flag.flg_fatture_altro_anno == 0 && Year(prepared->entry.pno_data) != lumera_db_impo.dit_anno)
         return Stop(reason, "Non è possibile contabilizzare il documento nell'anno corrente!");
     if (!FillVatLines(scope.get(), body, choices, &prepared->entry)) {
-        *reason = body.DatiBeniServizi.DatiRiepilogo.size() > kVatLines ? "Non è possibile gestire più di 7 aliquote iva!"
-                                                                        : "Codice IVA non individuato.";
+        *reason = body.DatiBeniServizi.DatiRiepilogo.size() > kVatLines
+                      ? "Non è possibile gestire più di 7 aliquote iva!"
+                      : "Codice IVA non individuato.";
         return false;
     }
     const long duplicate = FindDuplicateDocument(scope.get(), prepared->entry, DuplicateYear::OfRegistration);
@@ -323,9 +329,11 @@ RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t docum
         return outcome;
     }
     PreparedInvoice prepared;
-    if (!PrepareInvoiceEntry(scope.get(), filed, content, document, causale, choices, &prepared, &outcome.reason)) return outcome;
+    if (!PrepareInvoiceEntry(scope.get(), filed, content, document, causale, choices, &prepared, &outcome.reason))
+        return outcome;
     outcome.notes = prepared.notes;
-    if (const std::string difference = DifferenceFromDocument(content.Documents()[document], prepared.entry); !difference.empty())
+    if (const std::string difference = DifferenceFromDocument(content.Documents()[document], prepared.entry);
+        !difference.empty())
         outcome.notes.push_back(difference);
 
     const std::optional<InstalmentProposal> instalments = ProposeInstalments(scope.get(), prepared.entry);

@@ -11,11 +11,11 @@
 /// What the registration asks for beside questions: browsers and editors on the desk, options on the command line. A
 /// function that is not set, or gives 0 or false, means that the user gave up.
 struct RegistrationChoices {
-    std::function<long(const fatturapa::PartyType &seller)> choose_supplier; ///< supplier browser: a code
-    std::function<bool(FORNITORI *prepared)> confirm_supplier;               ///< supplier editor on a new record
-    std::function<long(long proposed)> choose_causale;                       ///< causale browser: a code
+    std::function<long(const fatturapa::PartyType &seller)> choose_supplier;      ///< supplier browser: a code
+    std::function<bool(FORNITORI *prepared)> confirm_supplier;                    ///< supplier editor on a new record
+    std::function<long(long proposed)> choose_causale;                            ///< causale browser: a code
     std::function<long(const fatturapa::DatiRiepilogoType &row)> choose_vat_code; ///< VAT code browser: a code
-    long registration_day = 0;   ///< 0 = the document's date
+    long registration_day = 0;                                                    ///< 0 = the document's date
     bool skip_duplicates = false; ///< in a bulk run a document that is already registered is never asked about
 };
 
@@ -23,8 +23,8 @@ struct RegistrationChoices {
 struct PreparedInvoice {
     PNOTA entry;
     FORNITORI supplier;
-    FORNITORI new_supplier;          ///< to be inserted with the entry when for_codice is set in it
-    std::vector<std::string> notes;  ///< what the bookkeeper should know: rounding, reverse charge, credit note signs
+    FORNITORI new_supplier;         ///< to be inserted with the entry when for_codice is set in it
+    std::vector<std::string> notes; ///< what the bookkeeper should know: rounding, reverse charge, credit note signs
 };
 
 /// How a registration ended.
@@ -51,14 +51,15 @@ FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller)
 bool FillVatLines(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body, const RegistrationChoices &choices,
                   PNOTA *entry);
 
-/// Builds the entry of one body: supplier, causale, header, VAT lines, duplicate check, rows, rounding, files to attach.
-/// Asks on the way; writes nothing.
+/// Builds the entry of one body: supplier, causale, header, VAT lines, duplicate check, rows, rounding, files to
+/// attach. Asks on the way; writes nothing.
 /// @param causale  0 = the supplier's preset one, else the browser
 /// @return false when the registration stops; reason says why
-bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content, std::size_t document,
-                         long causale, const RegistrationChoices &choices, PreparedInvoice *prepared, std::string *reason);
+bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content,
+                         std::size_t document, long causale, const RegistrationChoices &choices,
+                         PreparedInvoice *prepared, std::string *reason);
 
-/// The whole way without a window: prepares, checks as the editor does, and stores supplier, entry, files and instalments
-/// in one transaction.
+/// The whole way without a window: prepares, checks as the editor does, and stores supplier, entry, files and
+/// instalments in one transaction.
 RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t document, long causale,
                                     const RegistrationChoices &choices);

@@ -26,9 +26,12 @@ TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body)
     const double of_summary = SummaryRoundings(body);
     const double stamp = document.DatiBollo ? Round(document.DatiBollo->ImportoBollo.value_or(0), 2) : 0;
     const auto closes_with = [&](double part) { return !TestIfZero(part) && TestIfZero(reading.rounding - part); };
-    if (closes_with(of_document)) reading.how = "arrotondamento del documento, oltre il riepilogo IVA";
-    else if (closes_with(of_summary)) reading.how = "arrotondamenti del riepilogo IVA, fuori dall'imponibile";
-    else if (closes_with(of_document + of_summary)) reading.how = "arrotondamenti del documento e del riepilogo IVA";
+    if (closes_with(of_document))
+        reading.how = "arrotondamento del documento, oltre il riepilogo IVA";
+    else if (closes_with(of_summary))
+        reading.how = "arrotondamenti del riepilogo IVA, fuori dall'imponibile";
+    else if (closes_with(of_document + of_summary))
+        reading.how = "arrotondamenti del documento e del riepilogo IVA";
     else if (closes_with(stamp)) {
         reading.is_stamp_duty = true;
         reading.how = "imposta di bollo compresa nel totale";

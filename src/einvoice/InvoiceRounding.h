@@ -6,16 +6,16 @@
 
 /// What the declared total of a document is made of, beside its VAT summary.
 struct TotalReading {
-    double rounding = 0; ///< declared total minus VAT summary, signs as in the file; 0 when they agree
+    double rounding = 0;        ///< declared total minus VAT summary, signs as in the file; 0 when they agree
     bool is_stamp_duty = false; ///< the difference is the declared stamp duty, charged on to the buyer
-    bool closes = true;  ///< a known reading closes to the cent
-    std::string how;     ///< which reading was used, Italian; empty when the totals simply agree
+    bool closes = true;         ///< a known reading closes to the cent
+    std::string how;            ///< which reading was used, Italian; empty when the totals simply agree
 };
 
-/// Sellers put roundings inside the taxable amounts, beside them, in the document or nowhere, and some add the stamp duty
-/// to the total. Computes every reading and keeps the first that closes to the cent.
+/// Sellers put roundings inside the taxable amounts, beside them, in the document or nowhere, and some add the stamp
+/// duty to the total. Computes every reading and keeps the first that closes to the cent.
 TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body);
 
-/// The sign that a document's amounts take in the books: -1 turns a credit note written with positive amounts, +1 leaves
-/// the file's signs. A credit note written with negative amounts already is one.
+/// The sign that a document's amounts take in the books: -1 turns a credit note written with positive amounts, +1
+/// leaves the file's signs. A credit note written with negative amounts already is one.
 int SignOf(const fatturapa::FatturaElettronicaBody &body);

@@ -60,7 +60,8 @@ void ReadMember(zip_t *archive, zip_uint64_t index, OfferedFile *file)
     for (;;) {
         const zip_int64_t read = zip_fread(member.get(), buffer.data(), buffer.size());
         if (read == 0) return;
-        if (read < 0) file->fault = "Il file nell'archivio compresso è danneggiato.";
+        if (read < 0)
+            file->fault = "Il file nell'archivio compresso è danneggiato.";
         else if (file->bytes.size() + static_cast<std::size_t>(read) > kInvoiceFileBytesMax)
             file->fault = "Il file supera la dimensione massima di 50 MB.";
         if (!file->fault.empty()) {
@@ -76,7 +77,10 @@ bool OfferZip(const fs::path &path, const std::function<bool(const OfferedFile &
     int code = 0;
     const std::unique_ptr<zip_t, void (*)(zip_t *)> archive(zip_open(path.c_str(), ZIP_RDONLY, &code), zip_discard);
     if (!archive)
-        return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP non può essere aperto o è danneggiato."});
+        return each({path.string(),
+                     SafeFileName(path.filename().string()),
+                     {},
+                     "Il file ZIP non può essere aperto o è danneggiato."});
     const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
     if (count > kZipEntriesMax)
         return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP contiene troppi file."});
@@ -90,7 +94,10 @@ bool OfferZip(const fs::path &path, const std::function<bool(const OfferedFile &
         ReadMember(archive.get(), static_cast<zip_uint64_t>(i), &file);
         unfolded += file.bytes.size();
         if (unfolded > kZipBytesMax)
-            return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP contiene più di 1 GB di dati: dividerlo."});
+            return each({path.string(),
+                         SafeFileName(path.filename().string()),
+                         {},
+                         "Il file ZIP contiene più di 1 GB di dati: dividerlo."});
         if (!each(file)) return false;
     }
     return true;
@@ -100,12 +107,14 @@ std::vector<fs::path> FilesBelow(const fs::path &folder)
 {
     std::vector<fs::path> files;
     try {
-        for (const auto &item : fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
+        for (const auto &item :
+             fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
             if (item.is_regular_file() && (MayBeInvoice(item.path().filename().string()) || IsZip(item.path())))
                 files.push_back(item.path());
         }
     } catch (const fs::filesystem_error &error) {
-        throw FileError(fmt::format("Impossibile leggere la cartella:\n{} ({})", folder.string(), error.code().message()));
+        throw FileError(
+            fmt::format("Impossibile leggere la cartella:\n{} ({})", folder.string(), error.code().message()));
     }
     return files;
 }
@@ -115,10 +124,13 @@ std::vector<fs::path> FilesBelow(const fs::path &folder)
 void ForEachOfferedFile(const fs::path &path, const std::function<bool(const OfferedFile &)> &each)
 {
     std::error_code unreadable;
-    if (!fs::exists(path, unreadable)) throw FileError(fmt::format("Il file o la cartella non esiste:\n{}", path.string()));
+    if (!fs::exists(path, unreadable))
+        throw FileError(fmt::format("Il file o la cartella non esiste:\n{}", path.string()));
     if (!fs::is_directory(path)) {
-        if (IsZip(path)) OfferZip(path, each);
-        else OfferFile(path, each);
+        if (IsZip(path))
+            OfferZip(path, each);
+        else
+            OfferFile(path, each);
         return;
     }
     std::vector<fs::path> files = FilesBelow(path);

@@ -8,9 +8,10 @@
 
 namespace {
 
-constexpr const char *kSupplierNotFound =
-    "Non è stato possibile individuare il fornitore con la partita IVA o con il codice Fiscale!\n\nVuoi cercarlo manualmente "
-    "?\n\nRispondi :\nSI - per cercalo\nNO - per creare un nuovo Fornitore\nAnnulla - per annullare la contabilizzazione";
+constexpr const char *kSupplierNotFound = "Non è stato possibile individuare il fornitore con la partita IVA o con il "
+                                          "codice Fiscale!\n\nVuoi cercarlo manualmente "
+                                          "?\n\nRispondi :\nSI - per cercalo\nNO - per creare un nuovo "
+                                          "Fornitore\nAnnulla - per annullare la contabilizzazione";
 
 long SupplierBy(SACommand *cmd, const char *text, const char *param, const std::string &value)
 {
@@ -67,9 +68,9 @@ bool FindOrCreateSupplier(SACommand *cmd, const fatturapa::PartyType &seller, co
 {
     CommandScope scope(cmd);
     *is_new = false;
-    long code = SupplierBy(scope.get(),
-                           "SELECT for_codice, for_naz FROM admin.fornito1 WHERE for_piva = :piva ORDER BY for_codice DESC",
-                           "piva", fatturapa::VatNumber(seller.DatiAnagrafici.IdFiscaleIVA));
+    long code = SupplierBy(
+        scope.get(), "SELECT for_codice, for_naz FROM admin.fornito1 WHERE for_piva = :piva ORDER BY for_codice DESC",
+        "piva", fatturapa::VatNumber(seller.DatiAnagrafici.IdFiscaleIVA));
     if (code == 0)
         code = SupplierBy(scope.get(),
                           "SELECT for_codice FROM admin.fornito1 WHERE for_codfis = :codfis ORDER BY for_codice DESC",

@@ -49,8 +49,8 @@ bool IsCounterpartMaster(long mas)
     return mas != 0 && (mas == lumera_db_impo.dit_mas_cli || mas == lumera_db_impo.dit_mas_for);
 }
 
-void RowFromTemplate(SACommand *cmd, const CAUCONT &causale, const CAUCONT_RIGA &model, const CounterpartData &counterpart,
-                     PNOTA_RIGA *row)
+void RowFromTemplate(SACommand *cmd, const CAUCONT &causale, const CAUCONT_RIGA &model,
+                     const CounterpartData &counterpart, PNOTA_RIGA *row)
 {
     row->row_mas = model.car_mas;
     row->row_con = model.car_con;

@@ -34,16 +34,17 @@ bool CounterpartExists(SACommand *cmd, const PNOTA &entry)
 StoreOutcome MissingReference(SACommand *cmd, const PNOTA &entry, long new_counterpart)
 {
     if (entry.pno_rel != kNoCounterpart && entry.pno_cli_for != new_counterpart && !CounterpartExists(cmd, entry))
-        return Refused({EntryField::Counterpart}, fmt::format("Il {} {} non esiste.", entry.pno_rel == kCustomer ? "cliente" : "fornitore",
-                                                              entry.pno_cli_for));
+        return Refused({EntryField::Counterpart},
+                       fmt::format("Il {} {} non esiste.", entry.pno_rel == kCustomer ? "cliente" : "fornitore",
+                                   entry.pno_cli_for));
     for (std::size_t i = 0; i < kEntryRows; ++i) {
         const PNOTA_RIGA &row = entry.righe[i];
         if (!row.InUse()) continue;
         const bool on_new = new_counterpart != 0 && row.row_sot == new_counterpart &&
                             MasterRelation(lumera_db_impo, row.row_mas) == entry.pno_rel;
         if (!on_new && !AccountExists(cmd, row.Account()))
-            return Refused({EntryField::RowSubAccount, i}, fmt::format("Riga n. {}: il conto {}.{}.{} non esiste.", i + 1,
-                                                                       row.row_mas, row.row_con, row.row_sot));
+            return Refused({EntryField::RowSubAccount, i}, fmt::format("Riga n. {}: il conto {}.{}.{} non esiste.",
+                                                                       i + 1, row.row_mas, row.row_con, row.row_sot));
     }
     return {true, {}, {}};
 }
@@ -51,8 +52,9 @@ StoreOutcome MissingReference(SACommand *cmd, const PNOTA &entry, long new_count
 bool ClosedYearAccepted(SACommand *cmd, const PNOTA &entry)
 {
     if (!sqlrow.CheckChiusura(cmd, entry.pno_data)) return true;
-    return AfxMessageBox("Attenzione la data indicata ricade in un esercizio con chiusura effettuata!\n\nVuoi Continuare?",
-                         MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
+    return AfxMessageBox(
+               "Attenzione la data indicata ricade in un esercizio con chiusura effettuata!\n\nVuoi Continuare?",
+               MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
 }
 
 std::string CostCentreFault(SACommand *cmd, PNOTA *entry)
@@ -71,8 +73,9 @@ namespace {
 long CountDuplicates(SACommand *cmd, const PNOTA &entry)
 {
     if (entry.pno_doc.empty() || entry.pno_data_doc == 0) return 0;
-    SACommand query(cmd->Connection(), "SELECT COUNT(*) AS numrec FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf"
-                                       " AND pno_doc = :numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno");
+    SACommand query(cmd->Connection(),
+                    "SELECT COUNT(*) AS numrec FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf"
+                    " AND pno_doc = :numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno");
     query.Param("reg").setAsLong(entry.pno_reg);
     query.Param("codclf").setAsLong(entry.pno_cli_for);
     query.Param("numdoc").setAsString(Trimmed(entry.pno_doc));
@@ -84,8 +87,7 @@ long CountDuplicates(SACommand *cmd, const PNOTA &entry)
 
 } // namespace
 
-StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
-                        const StoreTogether &together)
+StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTogether &together)
 {
     if (entry->pno_codice == 0) return Refused({}, "Numero di movimento mancante.");
     CommandScope scope(cmd);
@@ -97,9 +99,10 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
     }
     if (entry->pno_trasf != 0) {
         BeepRefused();
-        AfxMessageBox("Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle modifiche apportate "
-                      "e segnalarle.",
-                      MB_OK | MB_ICONEXCLAMATION);
+        AfxMessageBox(
+            "Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle modifiche apportate "
+            "e segnalarle.",
+            MB_OK | MB_ICONEXCLAMATION);
     }
     const long duplicates = is_new ? CountDuplicates(scope.get(), *entry) : 0;
     if (is_new && entry->pno_data_doc != 0 &&
@@ -131,12 +134,13 @@ long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by)
     const long day = by == DuplicateYear::OfDocument ? entry.pno_data_doc : entry.pno_data;
     if (number.empty() || day == 0) return 0;
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(),
-                    by == DuplicateYear::OfDocument
-                        ? "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
-                          ":numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc"
-                        : "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
-                          ":numdoc AND EXTRACT(YEAR FROM pno_data) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc");
+    SACommand query(
+        scope->Connection(),
+        by == DuplicateYear::OfDocument
+            ? "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
+              ":numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc"
+            : "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
+              ":numdoc AND EXTRACT(YEAR FROM pno_data) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc");
     query.Param("reg").setAsLong(entry.pno_reg);
     query.Param("codclf").setAsLong(entry.pno_cli_for);
     query.Param("numdoc").setAsString(number);

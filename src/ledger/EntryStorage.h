@@ -14,23 +14,23 @@ struct StoreOutcome {
 
 /// What a caller stores in the same transaction as the entry.
 struct StoreTogether {
-    std::function<void(SACommand *)> before;                  ///< what the entry refers to: its new supplier
-    std::function<void(SACommand *, const PNOTA &)> after;    ///< what refers to the entry as it was numbered
+    std::function<void(SACommand *)> before;               ///< what the entry refers to: its new supplier
+    std::function<void(SACommand *, const PNOTA &)> after; ///< what refers to the entry as it was numbered
     long new_counterpart = 0; ///< code of the counterpart that `before` stores, so that it is not missed by the checks
 };
 
-/// Stores an entry as the editor does: checks it, warns of an exported entry, asks about a duplicate document and a closed
-/// year, verifies the cost centres, writes everything together and reads it back. All questions come before the write.
+/// Stores an entry as the editor does: checks it, warns of an exported entry, asks about a duplicate document and a
+/// closed year, verifies the cost centres, writes everything together and reads it back. All questions come before the
+/// write.
 /// @param is_new  true inserts, false updates an entry that was loaded
 /// @throws SAException, and then nothing is stored
-StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new,
-                        const StoreTogether &together = {});
+StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTogether &together = {});
 
 /// Which date of an entry the duplicate search looks at.
 enum class DuplicateYear { OfDocument, OfRegistration };
 
-/// The registration date of an entry with the same register, counterpart, document number and year; 0 when there is none.
-/// An entry without document number is never a duplicate.
+/// The registration date of an entry with the same register, counterpart, document number and year; 0 when there is
+/// none. An entry without document number is never a duplicate.
 long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by);
 
 /// Asks whether to store the document that was already registered on that day. True for a day of 0.

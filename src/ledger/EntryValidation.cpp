@@ -48,7 +48,8 @@ EntryFault CheckVatLines(const PNOTA &entry)
         const PNOTA_IVA &line = entry.iva[i];
         if (line.iva == 0 && (!TestIfZero(line.impo) || !TestIfZero(line.imposta))) return {EntryField::VatCode, i};
     }
-    const bool any = std::any_of(entry.iva.begin(), entry.iva.end(), [](const PNOTA_IVA &line) { return line.iva != 0; });
+    const bool any =
+        std::any_of(entry.iva.begin(), entry.iva.end(), [](const PNOTA_IVA &line) { return line.iva != 0; });
     return any ? EntryFault{} : EntryFault{EntryField::VatCode, 0};
 }
 
@@ -98,16 +99,26 @@ EntryFault ValidateEntry(SACommand *cmd, PNOTA *entry)
 std::string DescribeFault(const EntryFault &fault)
 {
     switch (fault.field) {
-    case EntryField::None: return {};
-    case EntryField::Causale: return "Causale mancante o inesistente.";
-    case EntryField::Section: return "Sezione IVA mancante o inesistente.";
-    case EntryField::Date: return "Data di registrazione mancante, fuori esercizio o anteriore alla data del documento.";
-    case EntryField::Counterpart: return "Cliente o fornitore mancante, inesistente o cessato.";
-    case EntryField::VatCode: return fmt::format("Codice IVA mancante alla riga IVA n. {}.", fault.index + 1);
-    case EntryField::RowAccount: return fmt::format("Conto mancante alla riga n. {}.", fault.index + 1);
-    case EntryField::RowSubAccount: return fmt::format("Sottoconto mancante alla riga n. {}.", fault.index + 1);
-    case EntryField::RowSide: return fmt::format("Segno Dare o Avere mancante alla riga n. {}.", fault.index + 1);
-    case EntryField::Balance: return "Il movimento non quadra.";
+    case EntryField::None:
+        return {};
+    case EntryField::Causale:
+        return "Causale mancante o inesistente.";
+    case EntryField::Section:
+        return "Sezione IVA mancante o inesistente.";
+    case EntryField::Date:
+        return "Data di registrazione mancante, fuori esercizio o anteriore alla data del documento.";
+    case EntryField::Counterpart:
+        return "Cliente o fornitore mancante, inesistente o cessato.";
+    case EntryField::VatCode:
+        return fmt::format("Codice IVA mancante alla riga IVA n. {}.", fault.index + 1);
+    case EntryField::RowAccount:
+        return fmt::format("Conto mancante alla riga n. {}.", fault.index + 1);
+    case EntryField::RowSubAccount:
+        return fmt::format("Sottoconto mancante alla riga n. {}.", fault.index + 1);
+    case EntryField::RowSide:
+        return fmt::format("Segno Dare o Avere mancante alla riga n. {}.", fault.index + 1);
+    case EntryField::Balance:
+        return "Il movimento non quadra.";
     }
     return {};
 }

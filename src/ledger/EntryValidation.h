@@ -22,8 +22,8 @@ struct EntryFault {
     explicit operator bool() const { return field != EntryField::None; }
 };
 
-/// The checks before an entry is stored, in their order: a refusal beeps and names the field, a doubt is asked. Refreshes
-/// the imbalance. No transaction may be open, since the user may be asked.
+/// The checks before an entry is stored, in their order: a refusal beeps and names the field, a doubt is asked.
+/// Refreshes the imbalance. No transaction may be open, since the user may be asked.
 /// @return the fault that stops the save; none to go on
 EntryFault ValidateEntry(SACommand *cmd, PNOTA *entry);
 

@@ -17,7 +17,8 @@ bool IsOneOf(long kind, std::initializer_list<long> kinds)
 /// Net first where the amount was typed VAT included, then the tax, except where the register has none.
 void ComputeAmounts(long vat_register, PNOTA_IVA *line)
 {
-    if (vat_register == kReceipts && !TestIfZero(line->aliq)) line->impo = Round(line->impo / (line->aliq / 100 + 1), 2);
+    if (vat_register == kReceipts && !TestIfZero(line->aliq))
+        line->impo = Round(line->impo / (line->aliq / 100 + 1), 2);
     if (vat_register != kEuSales) line->imposta = Round(line->aliq / 100 * line->impo, 2);
 }
 
@@ -51,8 +52,10 @@ VatTreatment TreatmentOf(long vat_register, long kind)
         if (kind == 5) return VatTreatment::RateOnly;
         if (IsOneOf(kind, {2, 3, 4, 7, 11})) return VatTreatment::NoRate;
         return VatTreatment::Cleared;
-    case kJournalOnly: return VatTreatment::Cleared;
-    default: return VatTreatment::Untouched;
+    case kJournalOnly:
+        return VatTreatment::Cleared;
+    default:
+        return VatTreatment::Untouched;
     }
 }
 
@@ -68,7 +71,8 @@ void EnterVatCode(SACommand *cmd, PNOTA *entry, std::size_t line, long code)
     sqliva.Search(cmd, code, &record);
     PNOTA_IVA &target = entry->iva.at(line);
     switch (TreatmentOf(entry->pno_reg, record.iva_tip)) {
-    case VatTreatment::Untouched: break;
+    case VatTreatment::Untouched:
+        break;
     case VatTreatment::Cleared: {
         const double tax = target.imposta; // recomputed below, except in register 7, which leaves it alone
         target = PNOTA_IVA{};

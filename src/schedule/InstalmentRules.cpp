@@ -7,8 +7,9 @@
 
 namespace {
 
-constexpr std::array<std::string_view, 12> kMonths = {"GENNAIO", "FEBBRAIO", "MARZO",     "APRILE",  "MAGGIO",   "GIUGNO",
-                                                      "LUGLIO",  "AGOSTO",   "SETTEMBRE", "OTTOBRE", "NOVEMBRE", "DICEMBRE"};
+constexpr std::array<std::string_view, 12> kMonths = {"GENNAIO",   "FEBBRAIO", "MARZO",    "APRILE",
+                                                      "MAGGIO",    "GIUGNO",   "LUGLIO",   "AGOSTO",
+                                                      "SETTEMBRE", "OTTOBRE",  "NOVEMBRE", "DICEMBRE"};
 
 /// More than the generator's grid holds is a mistake in the terms.
 constexpr long kInstalmentsMax = 60;
@@ -63,8 +64,10 @@ std::vector<double> SplitTotal(const PAGAMENTI &terms, double total, double vat)
     }
     std::vector<double> amounts(static_cast<std::size_t>(count), rate);
     amounts.front() = Round(first, 2);
-    if (count == 1) amounts.back() = Round(total, 2);
-    else amounts.back() = Round(total - first - static_cast<double>(count - 2) * rate, 2);
+    if (count == 1)
+        amounts.back() = Round(total, 2);
+    else
+        amounts.back() = Round(total - first - static_cast<double>(count - 2) * rate, 2);
     return amounts;
 }
 
@@ -82,7 +85,8 @@ std::vector<long> DueDays(const PAGAMENTI &terms, long start_day, std::size_t co
         day = AdaptData(&terms, day);
         while (is_excluded(day)) {
             const long adapted = AdaptData(&terms, day + step);
-            day = adapted > day ? adapted : day + step; // short steps out of February would be put back to its end for ever
+            day = adapted > day ? adapted
+                                : day + step; // short steps out of February would be put back to its end for ever
         }
         due = day;
         day += terms.pag_gg_int;

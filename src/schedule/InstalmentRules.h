@@ -10,8 +10,8 @@
 
 /// One row of the generator's grid.
 struct Instalment {
-    long due_day = 0;  ///< day number, 0 = not typed yet
-    double amount = 0; ///< euro
+    long due_day = 0;        ///< day number, 0 = not typed yet
+    double amount = 0;       ///< euro
     bool IsComplete() const; ///< both date and amount are there; other rows are neither counted nor stored
 };
 
@@ -29,8 +29,8 @@ long StartDay(const PAGAMENTI &terms, const StartDates &dates);
 /// The months (1 to 12) in which nothing falls due; 0 where a name matches no month.
 std::array<int, 3> ExcludedMonths(const PAGAMENTI &terms);
 
-/// Splits a total into the amounts of the terms. With separate VAT there is one instalment more than the terms say, also
-/// when the equal split wins and none of them is the VAT. What rounding leaves lands on the last one.
+/// Splits a total into the amounts of the terms. With separate VAT there is one instalment more than the terms say,
+/// also when the equal split wins and none of them is the VAT. What rounding leaves lands on the last one.
 /// @param total  VAT included   @param vat  its VAT part
 /// @return empty when the total is zero or the terms name no instalment
 std::vector<double> SplitTotal(const PAGAMENTI &terms, double total, double vat);

@@ -114,7 +114,8 @@ long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentPropos
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Schedule);
     if (sqlsca.CountOf(scope.get(), entry.pno_codice) > 0)
-        throw SAException(SA_UserGenerated_Error, 20064, fmt::format("Le scadenze del movimento n. {} sono già state generate.", entry.pno_codice));
+        throw SAException(SA_UserGenerated_Error, 20064,
+                          fmt::format("Le scadenze del movimento n. {} sono già state generate.", entry.pno_codice));
     CTarvoProgressDlg progress;
     progress.SetStatus("Generazione Scadenze in Corso...");
     progress.SetRange(0, static_cast<long>(rows.size()));

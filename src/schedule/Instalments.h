@@ -12,9 +12,9 @@ inline constexpr std::size_t kInstalmentRows = 60;
 /// What the generator proposes for a stored entry, and what the user may correct before it is stored.
 struct InstalmentProposal {
     std::vector<Instalment> rows;
-    double total = 0;      ///< document total computed from the VAT lines
+    double total = 0; ///< document total computed from the VAT lines
     std::string description;
-    long bank = 0;         ///< the counterpart's own bank, 0 = none
+    long bank = 0; ///< the counterpart's own bank, 0 = none
     std::string bank_description;
 };
 

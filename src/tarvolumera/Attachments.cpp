@@ -61,8 +61,8 @@ void UpdateWithoutBytes(SACommand *cmd, const TableDescription &description, con
     description.Bind(&update, record);
     update.Execute();
     if (update.RowsAffected() == 0)
-        throw SAException(SA_UserGenerated_Error, 20060, "Il documento non esiste più: è stato eliminato da un'altra stazione.",
-                          SAFault::Changed);
+        throw SAException(SA_UserGenerated_Error, 20060,
+                          "Il documento non esiste più: è stato eliminato da un'altra stazione.", SAFault::Changed);
 }
 
 } // namespace
@@ -144,8 +144,9 @@ bool CPSQLall::SearchByContent(SACommand *cmd, long kind, std::string_view diges
 {
     *record = ALLEGATI{};
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(), LightSelect(Description()) +
-                                             " WHERE all_impronta = :impronta AND all_tab_tipo = :tipo ORDER BY all_codice");
+    SACommand query(scope->Connection(),
+                    LightSelect(Description()) +
+                        " WHERE all_impronta = :impronta AND all_tab_tipo = :tipo ORDER BY all_codice");
     query.Param("impronta").setAsString(digest);
     query.Param("tipo").setAsLong(kind);
     return FetchRecord(&query, record);
@@ -153,11 +154,11 @@ bool CPSQLall::SearchByContent(SACommand *cmd, long kind, std::string_view diges
 
 CPSQLpat::CPSQLpat()
     : CCodeTable({"pnotaall",
-              {LUMERA_COLUMN(PNOTA_ALLEGATO, pat_codice, kKey), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_pno),
-               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_desc), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_fname),
-               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_user), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_bytes_size),
-               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_created_at), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_last_update),
-               LUMERA_PLAIN(PNOTA_ALLEGATO, pat_data)}})
+                  {LUMERA_COLUMN(PNOTA_ALLEGATO, pat_codice, kKey), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_pno),
+                   LUMERA_PLAIN(PNOTA_ALLEGATO, pat_desc), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_fname),
+                   LUMERA_PLAIN(PNOTA_ALLEGATO, pat_user), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_bytes_size),
+                   LUMERA_PLAIN(PNOTA_ALLEGATO, pat_created_at), LUMERA_PLAIN(PNOTA_ALLEGATO, pat_last_update),
+                   LUMERA_PLAIN(PNOTA_ALLEGATO, pat_data)}})
 {
 }
 
@@ -199,9 +200,9 @@ std::vector<PNOTA_ALLEGATO> CPSQLpat::ListOf(SACommand *cmd, long entry) const
 
 CPSQLcoi::CPSQLcoi()
     : CCodeTable({"pnotacoi",
-              {LUMERA_COLUMN(COINTESTATARI, coi_codice, kKey), LUMERA_PLAIN(COINTESTATARI, coi_pno),
-               LUMERA_DATE(COINTESTATARI, coi_data), LUMERA_PLAIN(COINTESTATARI, coi_rel),
-               LUMERA_PLAIN(COINTESTATARI, coi_cli_for), LUMERA_PLAIN(COINTESTATARI, coi_importo)}})
+                  {LUMERA_COLUMN(COINTESTATARI, coi_codice, kKey), LUMERA_PLAIN(COINTESTATARI, coi_pno),
+                   LUMERA_DATE(COINTESTATARI, coi_data), LUMERA_PLAIN(COINTESTATARI, coi_rel),
+                   LUMERA_PLAIN(COINTESTATARI, coi_cli_for), LUMERA_PLAIN(COINTESTATARI, coi_importo)}})
 {
 }
 

@@ -4,12 +4,12 @@ CPSQLcac sqlcac;
 CPSQLcar sqlcar;
 
 CPSQLcac::CPSQLcac()
-    : CCodeTable({"caucont1",
-                  {LUMERA_COLUMN(CAUCONT, cac_codice, kKey), LUMERA_PLAIN(CAUCONT, cac_desc),
-                   LUMERA_PLAIN(CAUCONT, cac_reg), LUMERA_PLAIN(CAUCONT, cac_rel), LUMERA_PLAIN(CAUCONT, cac_iva),
-                   LUMERA_PLAIN(CAUCONT, cac_iva_sosp), LUMERA_CODE(CAUCONT, cac_sez),
-                   LUMERA_PLAIN(CAUCONT, cac_tipo_documento), LUMERA_PLAIN(CAUCONT, cac_nota_variazione),
-                   LUMERA_PLAIN(CAUCONT, cac_allegati)}})
+    : CCodeTable(
+          {"caucont1",
+           {LUMERA_COLUMN(CAUCONT, cac_codice, kKey), LUMERA_PLAIN(CAUCONT, cac_desc), LUMERA_PLAIN(CAUCONT, cac_reg),
+            LUMERA_PLAIN(CAUCONT, cac_rel), LUMERA_PLAIN(CAUCONT, cac_iva), LUMERA_PLAIN(CAUCONT, cac_iva_sosp),
+            LUMERA_CODE(CAUCONT, cac_sez), LUMERA_PLAIN(CAUCONT, cac_tipo_documento),
+            LUMERA_PLAIN(CAUCONT, cac_nota_variazione), LUMERA_PLAIN(CAUCONT, cac_allegati)}})
 {
 }
 

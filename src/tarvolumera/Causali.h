@@ -16,11 +16,11 @@ struct CAUCONT_RIGA {
 struct CAUCONT {
     long cac_codice = 0;
     Text<30> cac_desc;
-    long cac_reg = 0;      ///< VAT register 1 to 7
-    long cac_rel = 2;      ///< counterpart kind
-    long cac_iva = 0;      ///< 1 = the entry has VAT lines
-    long cac_iva_sosp = 0; ///< 1 = under suspended VAT
-    long cac_sez = 0;      ///< VAT section the causale names; 0 = none
+    long cac_reg = 0;             ///< VAT register 1 to 7
+    long cac_rel = 2;             ///< counterpart kind
+    long cac_iva = 0;             ///< 1 = the entry has VAT lines
+    long cac_iva_sosp = 0;        ///< 1 = under suspended VAT
+    long cac_sez = 0;             ///< VAT section the causale names; 0 = none
     long cac_tipo_documento = 0;  ///< electronic-invoice document type, 4 for "TD04"
     long cac_nota_variazione = 0; ///< nonzero for credit and debit notes
     long cac_allegati = 0;        ///< 1 = attachments are offered after a new entry

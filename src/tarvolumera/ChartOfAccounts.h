@@ -17,8 +17,8 @@ struct CONTI {
     long con_cli = 0, con_for = 0;
 };
 
-/// Third level (admin.sotcon): the accounts that rows are written on. Customers and suppliers have none: on their masters
-/// the sub-account is the counterpart's own code.
+/// Third level (admin.sotcon): the accounts that rows are written on. Customers and suppliers have none: on their
+/// masters the sub-account is the counterpart's own code.
 struct SOTTOCON {
     long sot_mas = 0, sot_con = 0, sot_codice = 0;
     Text<91> sot_desc;
@@ -47,8 +47,8 @@ extern CPSQLmas sqlmas;
 extern CPSQLcon sqlcon;
 extern CPSQLsot sqlsot;
 
-/// The description of what a row stands on: the sub-account's, or the counterpart's name on the customers' or suppliers'
-/// master. Empty when there is no such account.
+/// The description of what a row stands on: the sub-account's, or the counterpart's name on the customers' or
+/// suppliers' master. Empty when there is no such account.
 Text<91> AccountDescription(SACommand *cmd, const AccountKey &account);
 
 /// Counterpart kind of a master: 0 the customers', 1 the suppliers', 2 an ordinary one.

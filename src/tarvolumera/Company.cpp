@@ -16,32 +16,31 @@ namespace {
 
 TableDescription CompanyDescription()
 {
-    return {"ditte",
-            {LUMERA_COLUMN(DITTE, dit_codice, kKey),          LUMERA_COLUMN(DITTE, dit_desc, kPlain),
-             LUMERA_COLUMN(DITTE, dit_pers, kPlain),          LUMERA_COLUMN(DITTE, dit_cognome, kPlain),
-             LUMERA_COLUMN(DITTE, dit_nome, kPlain),          LUMERA_COLUMN(DITTE, dit_indirizzo, kPlain),
-             LUMERA_COLUMN(DITTE, dit_cap, kPlain),           LUMERA_COLUMN(DITTE, dit_citta, kPlain),
-             LUMERA_COLUMN(DITTE, dit_prov, kPlain),          LUMERA_COLUMN(DITTE, dit_naz, kPlain),
-             LUMERA_COLUMN(DITTE, dit_piva, kPlain),          LUMERA_COLUMN(DITTE, dit_codfis, kPlain),
-             LUMERA_COLUMN(DITTE, dit_anno, kPlain),          LUMERA_COLUMN(DITTE, dit_fuori_anno, kPlain),
-             LUMERA_COLUMN(DITTE, dit_periodicita, kPlain),   LUMERA_COLUMN(DITTE, dit_tasso_mora, kPlain),
-             LUMERA_COLUMN(DITTE, dit_mas_cli, kPlain),       LUMERA_COLUMN(DITTE, dit_con_cli, kPlain),
-             LUMERA_COLUMN(DITTE, dit_mas_for, kPlain),       LUMERA_COLUMN(DITTE, dit_con_for, kPlain),
-             LUMERA_COLUMN(DITTE, dit_manutenzione, kPlain)}};
+    return {"ditte", {LUMERA_COLUMN(DITTE, dit_codice, kKey),        LUMERA_COLUMN(DITTE, dit_desc, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_pers, kPlain),        LUMERA_COLUMN(DITTE, dit_cognome, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_nome, kPlain),        LUMERA_COLUMN(DITTE, dit_indirizzo, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_cap, kPlain),         LUMERA_COLUMN(DITTE, dit_citta, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_prov, kPlain),        LUMERA_COLUMN(DITTE, dit_naz, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_piva, kPlain),        LUMERA_COLUMN(DITTE, dit_codfis, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_anno, kPlain),        LUMERA_COLUMN(DITTE, dit_fuori_anno, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_periodicita, kPlain), LUMERA_COLUMN(DITTE, dit_tasso_mora, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_mas_cli, kPlain),     LUMERA_COLUMN(DITTE, dit_con_cli, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_mas_for, kPlain),     LUMERA_COLUMN(DITTE, dit_con_for, kPlain),
+                      LUMERA_COLUMN(DITTE, dit_manutenzione, kPlain)}};
 }
 
 #define ACCOUNT(name)                                                                                                  \
-    LUMERA_COLUMN(FLAG, flg_mas_##name, kNullIfZero), LUMERA_COLUMN(FLAG, flg_con_##name, kNullIfZero),                              \
+    LUMERA_COLUMN(FLAG, flg_mas_##name, kNullIfZero), LUMERA_COLUMN(FLAG, flg_con_##name, kNullIfZero),                \
         LUMERA_COLUMN(FLAG, flg_sot_##name, kNullIfZero)
 
 TableDescription SettingsDescription()
 {
     return {"flag",
-            {LUMERA_COLUMN(FLAG, flg_codice, kKey), ACCOUNT(iva_acq), ACCOUNT(iva_ven), ACCOUNT(iva_cor), ACCOUNT(iva_sos),
-             ACCOUNT(iva_cee), ACCOUNT(arr_att), ACCOUNT(arr_pas), LUMERA_COLUMN(FLAG, flg_arr_limite, kPlain),
-             LUMERA_COLUMN(FLAG, flg_cau_pagamento, kNullIfZero), LUMERA_COLUMN(FLAG, flg_cau_incasso, kNullIfZero),
-             LUMERA_COLUMN(FLAG, flg_cau_effetti, kNullIfZero), LUMERA_COLUMN(FLAG, flg_cau_fatture, kNullIfZero),
-             LUMERA_COLUMN(FLAG, flg_fatture_altro_anno, kPlain)}};
+            {LUMERA_COLUMN(FLAG, flg_codice, kKey), ACCOUNT(iva_acq), ACCOUNT(iva_ven), ACCOUNT(iva_cor),
+             ACCOUNT(iva_sos), ACCOUNT(iva_cee), ACCOUNT(arr_att), ACCOUNT(arr_pas),
+             LUMERA_COLUMN(FLAG, flg_arr_limite, kPlain), LUMERA_COLUMN(FLAG, flg_cau_pagamento, kNullIfZero),
+             LUMERA_COLUMN(FLAG, flg_cau_incasso, kNullIfZero), LUMERA_COLUMN(FLAG, flg_cau_effetti, kNullIfZero),
+             LUMERA_COLUMN(FLAG, flg_cau_fatture, kNullIfZero), LUMERA_COLUMN(FLAG, flg_fatture_altro_anno, kPlain)}};
 }
 
 } // namespace

@@ -25,13 +25,13 @@ struct DITTE {
     Text<2> dit_prov, dit_naz;
     Text<28> dit_piva;
     Text<16> dit_codfis;
-    long dit_anno = 0;        ///< fiscal year
-    long dit_fuori_anno = 0;  ///< 1 = entries outside the fiscal year are allowed, after a question
-    Text<1> dit_periodicita;  ///< "M" monthly VAT settlement, else quarterly
-    double dit_tasso_mora = 0; ///< annual rate of late-payment interest, per cent
+    long dit_anno = 0;                     ///< fiscal year
+    long dit_fuori_anno = 0;               ///< 1 = entries outside the fiscal year are allowed, after a question
+    Text<1> dit_periodicita;               ///< "M" monthly VAT settlement, else quarterly
+    double dit_tasso_mora = 0;             ///< annual rate of late-payment interest, per cent
     long dit_mas_cli = 0, dit_con_cli = 0; ///< customers' master and its ordinary account
     long dit_mas_for = 0, dit_con_for = 0; ///< suppliers' master and its ordinary account
-    long dit_manutenzione = 0; ///< 1 = the maintenance batches are offered when the entry editor opens
+    long dit_manutenzione = 0;             ///< 1 = the maintenance batches are offered when the entry editor opens
 };
 
 /// The company's settings (admin.flag).
@@ -46,7 +46,7 @@ struct FLAG {
     long flg_mas_arr_pas = 0, flg_con_arr_pas = 0, flg_sot_arr_pas = 0; ///< rounding expense
     double flg_arr_limite = 1; ///< euro; a rounding above it is never posted without asking
     long flg_cau_pagamento = 0, flg_cau_incasso = 0, flg_cau_effetti = 0; ///< causali of automatic payments
-    long flg_cau_fatture = 0;        ///< causale proposed for received invoices
+    long flg_cau_fatture = 0;                                             ///< causale proposed for received invoices
     long flg_fatture_altro_anno = 0; ///< 1 = received invoices of another year may be registered
 
     AccountKey PurchaseVat() const { return {flg_mas_iva_acq, flg_con_iva_acq, flg_sot_iva_acq}; }
@@ -72,8 +72,8 @@ extern CPSQLflg sqlflg;
 // The company being worked on. The host loads them with OpenCompany before any dialog or command runs.
 extern DITTE lumera_db_impo;
 extern FLAG lumera_db_flag;
-extern long lumera_db_type;                   ///< SQL dialect: 1 PostgreSQL, 0 the embedded engine
-extern std::string lumera_db_target;          ///< what SAConnection::Connect takes; may hold a password
+extern long lumera_db_type;                    ///< SQL dialect: 1 PostgreSQL, 0 the embedded engine
+extern std::string lumera_db_target;           ///< what SAConnection::Connect takes; may hold a password
 extern std::filesystem::path lumera_db_folder; ///< the company's data folder, with out, tmp, log and template in it
 
 /// Makes an archive the current one: checks its version (see archive/Migrations.h), loads company and settings.

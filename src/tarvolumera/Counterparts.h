@@ -9,8 +9,8 @@ inline constexpr long kCustomer = 0, kSupplier = 1, kNoCounterpart = 2;
 struct CLIENTI {
     long cli_codice = 0;
     Text<91> cli_desc;
-    Text<60> cli_rag_soc1; ///< surname of a person, else first line of the name
-    Text<60> cli_rag_soc2; ///< first name of a person
+    Text<60> cli_rag_soc1;  ///< surname of a person, else first line of the name
+    Text<60> cli_rag_soc2;  ///< first name of a person
     Text<1> cli_pers = "G"; ///< "F" natural person, "G" legal person
     long cli_ditta_ind = 0; ///< 1 = sole trader
     Text<70> cli_indirizzo;
@@ -18,7 +18,7 @@ struct CLIENTI {
     Text<60> cli_citta;
     Text<2> cli_prov;
     Text<2> cli_naz = "IT";
-    Text<28> cli_piva;   ///< VAT number without the country
+    Text<28> cli_piva; ///< VAT number without the country
     Text<16> cli_codfis;
     Text<20> cli_telefono;
     Text<100> cli_email, cli_pec;
@@ -68,7 +68,7 @@ class CPSQLfor : public CCodeTable<FORNITORI, &FORNITORI::for_codice> {
 extern CPSQLcli sqlcli;
 extern CPSQLfor sqlfor;
 
-/// The account on which a customer's (supplier's) rows stand: the record's own below the customers' (suppliers') master,
-/// else the company's ordinary one.
+/// The account on which a customer's (supplier's) rows stand: the record's own below the customers' (suppliers')
+/// master, else the company's ordinary one.
 long GetContoCliente(const CLIENTI *customer);
 long GetContoFornitore(const FORNITORI *supplier);

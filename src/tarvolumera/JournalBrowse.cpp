@@ -75,8 +75,10 @@ bool CPSQLpno::Browse(SACommand *cmd, PNOTA *entry, const std::string &text, boo
             if (param.Name() == "data")
                 param.setAsDateTime(ToSqlDate(order == kByDocumentDate ? entry->pno_data_doc : entry->pno_data));
             if (param.Name() != "num") continue;
-            if (order == kByDocumentNumber) param.setAsString(entry->pno_doc);
-            else param.setAsLong(order == kByCausale ? entry->pno_cau : entry->pno_cli_for);
+            if (order == kByDocumentNumber)
+                param.setAsString(entry->pno_doc);
+            else
+                param.setAsLong(order == kByCausale ? entry->pno_cau : entry->pno_cli_for);
         }
     }
     query.Execute();
@@ -101,8 +103,9 @@ std::string BrowseText(JournalOrder order, bool backwards, const std::string &co
 /// The engines disagree on which end of an order NULL stands, so entries without document date are left out of theirs.
 std::string EndText(JournalOrder order)
 {
-    return order == kByDocumentDate ? "SELECT pno_codice FROM (SELECT * FROM admin.pnota1 WHERE pno_data_doc IS NOT NULL) AS pnota1"
-                                    : "SELECT pno_codice FROM admin.pnota1";
+    return order == kByDocumentDate
+               ? "SELECT pno_codice FROM (SELECT * FROM admin.pnota1 WHERE pno_data_doc IS NOT NULL) AS pnota1"
+               : "SELECT pno_codice FROM admin.pnota1";
 }
 
 } // namespace

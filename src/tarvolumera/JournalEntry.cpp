@@ -5,14 +5,22 @@
 const char *RegisterName(long vat_register)
 {
     switch (vat_register) {
-    case kJournalOnly: return "SOLO LIBRO GIORNALE";
-    case kPurchases: return "ACQUISTI";
-    case kSales: return "FATTURE EMESSE";
-    case kReceipts: return "CORRISPETTIVI";
-    case kSuspendedSales: return "FATTURE IN SOSPENSIONE";
-    case kEuPurchases: return "ACQUISTI CEE";
-    case kEuSales: return "FATTURE EMESSE CEE";
-    default: return "*** SCONOSCIUTO ***";
+    case kJournalOnly:
+        return "SOLO LIBRO GIORNALE";
+    case kPurchases:
+        return "ACQUISTI";
+    case kSales:
+        return "FATTURE EMESSE";
+    case kReceipts:
+        return "CORRISPETTIVI";
+    case kSuspendedSales:
+        return "FATTURE IN SOSPENSIONE";
+    case kEuPurchases:
+        return "ACQUISTI CEE";
+    case kEuSales:
+        return "FATTURE EMESSE CEE";
+    default:
+        return "*** SCONOSCIUTO ***";
     }
 }
 

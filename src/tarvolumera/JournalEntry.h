@@ -14,7 +14,10 @@ inline constexpr long kJournalOnly = 1, kPurchases = 2, kSales = 3, kReceipts = 
 /// "ACQUISTI" for 2 ...; "*** SCONOSCIUTO ***" outside 1 to 7.
 const char *RegisterName(long vat_register);
 
-inline bool IsPurchaseRegister(long vat_register) { return vat_register == kPurchases || vat_register == kEuPurchases; }
+inline bool IsPurchaseRegister(long vat_register)
+{
+    return vat_register == kPurchases || vat_register == kEuPurchases;
+}
 
 // Journal operation codes (pno_operazione, row_operazione).
 inline constexpr long kOrdinary = 0, kClosing = 1, kProfitAndLoss = 2, kOpening = 3;
@@ -31,13 +34,13 @@ struct PNOTA_IVA {
     double ind = 0;     ///< non-deductible part, per cent
 };
 
-/// One account row of an entry (admin.pnotaro2). In use when its master is nonzero. The key and the copies of the header
-/// (row_codice, row_idx, row_data, row_sez, row_operazione, row_rel, row_clfo) are set when the entry is stored.
+/// One account row of an entry (admin.pnotaro2). In use when its master is nonzero. The key and the copies of the
+/// header (row_codice, row_idx, row_data, row_sez, row_operazione, row_rel, row_clfo) are set when the entry is stored.
 struct PNOTA_RIGA {
     long row_codice = 0, row_idx = 0;
     long row_mas = 0, row_con = 0, row_sot = 0;
-    Text<1> row_tipo; ///< "D" or "A"; lower case read alike
-    Text<1> row_base; ///< side on which a positive amount stands; "" = the one in row_tipo
+    Text<1> row_tipo;       ///< "D" or "A"; lower case read alike
+    Text<1> row_base;       ///< side on which a positive amount stands; "" = the one in row_tipo
     double row_importo = 0; ///< never negative
     long row_data = 0;
     long row_cau = 0;
@@ -93,11 +96,12 @@ struct PNOTA {
     long pno_prot_fisso = 0; ///< 1 = the user fixed the protocol
     long pno_cau_iva = 0;    ///< 1 = the entry has VAT lines
     long pno_iva_sosp = 0;
-    long pno_pag = 0;        ///< payment terms
-    long pno_data_pag = 0;   ///< payment start date: the "different date" of the terms
-    long pno_data_ret = 0;   ///< date of the document an adjustment refers to
+    long pno_pag = 0;      ///< payment terms
+    long pno_data_pag = 0; ///< payment start date: the "different date" of the terms
+    long pno_data_ret = 0; ///< date of the document an adjustment refers to
     std::array<PNOTA_IVA, kVatLines> iva{};
-    double pno_tot_doc = 0, pno_tot_imp = 0, pno_tot_iva = 0, pno_tot_esente = 0, pno_tot_non_imp = 0, pno_tot_non_82 = 0;
+    double pno_tot_doc = 0, pno_tot_imp = 0, pno_tot_iva = 0, pno_tot_esente = 0, pno_tot_non_imp = 0,
+           pno_tot_non_82 = 0;
     double pno_dare = 0, pno_avere = 0;
     double pno_tot_squ = 0; ///< imbalance: Dare minus Avere
     long pno_operazione = kOrdinary;

@@ -26,8 +26,8 @@ double PurchaseVat(const PNOTA &entry)
     return FromCents(cents);
 }
 
-/// Tax of the lines for the row on a sales, receipts, suspended or EU VAT account. A purchase owes there the whole tax of
-/// its reverse-charge lines (EU purchases: of all lines), also where only a part of it may be deducted.
+/// Tax of the lines for the row on a sales, receipts, suspended or EU VAT account. A purchase owes there the whole tax
+/// of its reverse-charge lines (EU purchases: of all lines), also where only a part of it may be deducted.
 double SalesVat(const PNOTA &entry)
 {
     const bool all = entry.pno_reg != kPurchases;
@@ -101,13 +101,21 @@ void RecalcVatTotals(PNOTA *entry, const TotalsAdjustment &adjustment)
     for (const PNOTA_IVA &line : entry->iva) {
         tax += ToCents(line.imposta);
         switch (line.tip) {
-        case kVatExempt: exempt += ToCents(line.impo); break;
+        case kVatExempt:
+            exempt += ToCents(line.impo);
+            break;
         case kVatNonTaxable:
-        case kVatDeclarationOfIntent: non_taxable += ToCents(line.impo); break;
+        case kVatDeclarationOfIntent:
+            non_taxable += ToCents(line.impo);
+            break;
         case kVatNotSubject:
         case kVatOutsideField:
-        case kVatExcluded: outside += ToCents(line.impo); break;
-        default: taxable += ToCents(line.impo); break;
+        case kVatExcluded:
+            outside += ToCents(line.impo);
+            break;
+        default:
+            taxable += ToCents(line.impo);
+            break;
         }
     }
     entry->pno_tot_imp = FromCents(taxable + ToCents(adjustment.taxable));
@@ -122,7 +130,8 @@ double OwedForLine(const PNOTA_IVA &line)
     return line.tip == kVatReverseChargeOwn ? line.impo : line.impo + line.imposta;
 }
 
-void RecalcTotals(PNOTA *entry, const DITTE &company, const FLAG &settings, int mode, const TotalsAdjustment &adjustment)
+void RecalcTotals(PNOTA *entry, const DITTE &company, const FLAG &settings, int mode,
+                  const TotalsAdjustment &adjustment)
 {
     RecalcVatTotals(entry, adjustment);
     if (entry->pno_cau_iva == 1 && mode == kVatLinesChanged) {

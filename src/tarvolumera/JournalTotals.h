@@ -17,12 +17,13 @@ inline constexpr int kVatLinesChanged = 1;
 /// Recomputes an entry.
 ///
 /// In mode 1 the document total becomes taxable plus tax (for kind 8 the taxable alone: its tax is not owed to the
-/// counterpart), and the automatic rows follow: the counterpart's row takes the document total, the rows on the company's
-/// VAT accounts their tax, the first other one what balances the entry (without a counterpart's row, as in receipts, the
-/// first other one takes the document total and the second balances). A negative amount stands positive on the other
-/// side, so a credit note swaps the sides of its causale. An entry without VAT keeps the total that was typed, and its
-/// automatic rows follow that in both modes.
-void RecalcTotals(PNOTA *entry, const DITTE &company, const FLAG &settings, int mode, const TotalsAdjustment &adjustment = {});
+/// counterpart), and the automatic rows follow: the counterpart's row takes the document total, the rows on the
+/// company's VAT accounts their tax, the first other one what balances the entry (without a counterpart's row, as in
+/// receipts, the first other one takes the document total and the second balances). A negative amount stands positive
+/// on the other side, so a credit note swaps the sides of its causale. An entry without VAT keeps the total that was
+/// typed, and its automatic rows follow that in both modes.
+void RecalcTotals(PNOTA *entry, const DITTE &company, const FLAG &settings, int mode,
+                  const TotalsAdjustment &adjustment = {});
 
 /// Recomputes the five totals by kind of VAT code from the lines.
 void RecalcVatTotals(PNOTA *entry, const TotalsAdjustment &adjustment = {});

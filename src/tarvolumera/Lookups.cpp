@@ -19,11 +19,11 @@ CPSQLsez::CPSQLsez()
 }
 
 CPSQLban::CPSQLban()
-    : CCodeTable({"banche1",
-                  {LUMERA_COLUMN(BANCHE, ban_codice, kKey), LUMERA_PLAIN(BANCHE, ban_desc),
-                   LUMERA_PLAIN(BANCHE, ban_abi), LUMERA_PLAIN(BANCHE, ban_cab), LUMERA_PLAIN(BANCHE, ban_iban),
-                   LUMERA_PLAIN(BANCHE, ban_bic), LUMERA_CODE(BANCHE, ban_mas), LUMERA_CODE(BANCHE, ban_con),
-                   LUMERA_CODE(BANCHE, ban_sot)}})
+    : CCodeTable(
+          {"banche1",
+           {LUMERA_COLUMN(BANCHE, ban_codice, kKey), LUMERA_PLAIN(BANCHE, ban_desc), LUMERA_PLAIN(BANCHE, ban_abi),
+            LUMERA_PLAIN(BANCHE, ban_cab), LUMERA_PLAIN(BANCHE, ban_iban), LUMERA_PLAIN(BANCHE, ban_bic),
+            LUMERA_CODE(BANCHE, ban_mas), LUMERA_CODE(BANCHE, ban_con), LUMERA_CODE(BANCHE, ban_sot)}})
 {
 }
 
@@ -43,10 +43,10 @@ CPSQLagr::CPSQLagr()
 }
 
 CPSQLtes::CPSQLtes()
-    : CCodeTable({"testate1",
-                  {LUMERA_COLUMN(TESTATE, tes_codice, kKey), LUMERA_PLAIN(TESTATE, tes_anno),
-                   LUMERA_PLAIN(TESTATE, tes_cod_for), LUMERA_PLAIN(TESTATE, tes_n_fat),
-                   LUMERA_DATE(TESTATE, tes_d_fat)}})
+    : CCodeTable(
+          {"testate1",
+           {LUMERA_COLUMN(TESTATE, tes_codice, kKey), LUMERA_PLAIN(TESTATE, tes_anno),
+            LUMERA_PLAIN(TESTATE, tes_cod_for), LUMERA_PLAIN(TESTATE, tes_n_fat), LUMERA_DATE(TESTATE, tes_d_fat)}})
 {
 }
 
@@ -72,9 +72,8 @@ bool CPSQLdst::Search(SACommand *cmd, long rel, long cli_for, long code, DESTINA
 
 CPSQLnaz::CPSQLnaz()
     : CTable({"nazioni",
-              {LUMERA_COLUMN(NAZIONI, naz_codice, kKey), LUMERA_PLAIN(NAZIONI, naz_desc),
-               LUMERA_PLAIN(NAZIONI, naz_ue), LUMERA_PLAIN(NAZIONI, naz_stato_estero),
-               LUMERA_PLAIN(NAZIONI, naz_luogo_nascita)}})
+              {LUMERA_COLUMN(NAZIONI, naz_codice, kKey), LUMERA_PLAIN(NAZIONI, naz_desc), LUMERA_PLAIN(NAZIONI, naz_ue),
+               LUMERA_PLAIN(NAZIONI, naz_stato_estero), LUMERA_PLAIN(NAZIONI, naz_luogo_nascita)}})
 {
 }
 

@@ -23,9 +23,8 @@ template <std::size_t Line, auto Pointer>
 ColumnDescription VatColumn(const char *name, unsigned flags = kPlain)
 {
     using Member = typename table_description::MemberTraits<decltype(Pointer)>::MemberType;
-    return {name, table_description::KindOf<Member>(), flags, [](void *record) -> void * {
-                return &(static_cast<PNOTA *>(record)->iva[Line].*Pointer);
-            }};
+    return {name, table_description::KindOf<Member>(), flags,
+            [](void *record) -> void * { return &(static_cast<PNOTA *>(record)->iva[Line].*Pointer); }};
 }
 
 #define VAT_LINE(n)                                                                                                    \
@@ -36,22 +35,53 @@ ColumnDescription VatColumn(const char *name, unsigned flags = kPlain)
 TableDescription JournalDescription()
 {
     return {"pnota1",
-            {LUMERA_COLUMN(PNOTA, pno_codice, kKey), LUMERA_DATE(PNOTA, pno_data), LUMERA_CODE(PNOTA, pno_cau),
-             LUMERA_PLAIN(PNOTA, pno_des_cau), LUMERA_PLAIN(PNOTA, pno_desc), LUMERA_PLAIN(PNOTA, pno_doc),
-             LUMERA_PLAIN(PNOTA, pno_paddoc), LUMERA_DATE(PNOTA, pno_data_doc), LUMERA_PLAIN(PNOTA, pno_rel),
-             LUMERA_PLAIN(PNOTA, pno_cli_for), LUMERA_CODE(PNOTA, pno_sez), LUMERA_PLAIN(PNOTA, pno_reg),
-             LUMERA_CODE(PNOTA, pno_prot), LUMERA_PLAIN(PNOTA, pno_prot_fisso), LUMERA_PLAIN(PNOTA, pno_cau_iva),
-             LUMERA_PLAIN(PNOTA, pno_iva_sosp), LUMERA_CODE(PNOTA, pno_pag), LUMERA_DATE(PNOTA, pno_data_pag),
-             LUMERA_DATE(PNOTA, pno_data_ret), VAT_LINE(0), VAT_LINE(1), VAT_LINE(2), VAT_LINE(3), VAT_LINE(4),
-             VAT_LINE(5), VAT_LINE(6), LUMERA_PLAIN(PNOTA, pno_tot_doc), LUMERA_PLAIN(PNOTA, pno_tot_imp),
-             LUMERA_PLAIN(PNOTA, pno_tot_iva), LUMERA_PLAIN(PNOTA, pno_tot_esente),
-             LUMERA_PLAIN(PNOTA, pno_tot_non_imp), LUMERA_PLAIN(PNOTA, pno_tot_non_82), LUMERA_PLAIN(PNOTA, pno_dare),
-             LUMERA_PLAIN(PNOTA, pno_avere), LUMERA_PLAIN(PNOTA, pno_tot_squ), LUMERA_PLAIN(PNOTA, pno_operazione),
-             LUMERA_PLAIN(PNOTA, pno_verifica), LUMERA_PLAIN(PNOTA, pno_trasf),
-             LUMERA_PLAIN(PNOTA, pno_split_payment), LUMERA_PLAIN(PNOTA, pno_esc_spesometro),
-             LUMERA_CODE(PNOTA, pno_agr), LUMERA_CODE(PNOTA, pno_all), LUMERA_PLAIN(PNOTA, pno_all_doc),
-             LUMERA_PLAIN(PNOTA, pno_utente), LUMERA_PLAIN(PNOTA, pno_creato),
-             LUMERA_PLAIN(PNOTA, pno_aggiornato), LUMERA_PLAIN(PNOTA, pno_revisione)}};
+            {LUMERA_COLUMN(PNOTA, pno_codice, kKey),
+             LUMERA_DATE(PNOTA, pno_data),
+             LUMERA_CODE(PNOTA, pno_cau),
+             LUMERA_PLAIN(PNOTA, pno_des_cau),
+             LUMERA_PLAIN(PNOTA, pno_desc),
+             LUMERA_PLAIN(PNOTA, pno_doc),
+             LUMERA_PLAIN(PNOTA, pno_paddoc),
+             LUMERA_DATE(PNOTA, pno_data_doc),
+             LUMERA_PLAIN(PNOTA, pno_rel),
+             LUMERA_PLAIN(PNOTA, pno_cli_for),
+             LUMERA_CODE(PNOTA, pno_sez),
+             LUMERA_PLAIN(PNOTA, pno_reg),
+             LUMERA_CODE(PNOTA, pno_prot),
+             LUMERA_PLAIN(PNOTA, pno_prot_fisso),
+             LUMERA_PLAIN(PNOTA, pno_cau_iva),
+             LUMERA_PLAIN(PNOTA, pno_iva_sosp),
+             LUMERA_CODE(PNOTA, pno_pag),
+             LUMERA_DATE(PNOTA, pno_data_pag),
+             LUMERA_DATE(PNOTA, pno_data_ret),
+             VAT_LINE(0),
+             VAT_LINE(1),
+             VAT_LINE(2),
+             VAT_LINE(3),
+             VAT_LINE(4),
+             VAT_LINE(5),
+             VAT_LINE(6),
+             LUMERA_PLAIN(PNOTA, pno_tot_doc),
+             LUMERA_PLAIN(PNOTA, pno_tot_imp),
+             LUMERA_PLAIN(PNOTA, pno_tot_iva),
+             LUMERA_PLAIN(PNOTA, pno_tot_esente),
+             LUMERA_PLAIN(PNOTA, pno_tot_non_imp),
+             LUMERA_PLAIN(PNOTA, pno_tot_non_82),
+             LUMERA_PLAIN(PNOTA, pno_dare),
+             LUMERA_PLAIN(PNOTA, pno_avere),
+             LUMERA_PLAIN(PNOTA, pno_tot_squ),
+             LUMERA_PLAIN(PNOTA, pno_operazione),
+             LUMERA_PLAIN(PNOTA, pno_verifica),
+             LUMERA_PLAIN(PNOTA, pno_trasf),
+             LUMERA_PLAIN(PNOTA, pno_split_payment),
+             LUMERA_PLAIN(PNOTA, pno_esc_spesometro),
+             LUMERA_CODE(PNOTA, pno_agr),
+             LUMERA_CODE(PNOTA, pno_all),
+             LUMERA_PLAIN(PNOTA, pno_all_doc),
+             LUMERA_PLAIN(PNOTA, pno_utente),
+             LUMERA_PLAIN(PNOTA, pno_creato),
+             LUMERA_PLAIN(PNOTA, pno_aggiornato),
+             LUMERA_PLAIN(PNOTA, pno_revisione)}};
 }
 
 long NextNumber(SACommand *cmd)
@@ -208,9 +238,12 @@ void CPSQLpno::SqlTransaction(SACommand *cmd, int operation, PNOTA *entry) const
     auto record = std::make_unique<PNOTA>(*entry);
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Journal);
-    if (operation == kInsert) Insert(scope.get(), record.get());
-    else if (operation == kUpdate) Update(scope.get(), record.get());
-    else Delete(scope.get(), record.get());
+    if (operation == kInsert)
+        Insert(scope.get(), record.get());
+    else if (operation == kUpdate)
+        Update(scope.get(), record.get());
+    else
+        Delete(scope.get(), record.get());
     transaction.Commit();
     *entry = std::move(*record);
 }
@@ -228,9 +261,8 @@ void CPSQLpno::Insert(SACommand *cmd, PNOTA *entry) const
 
 void CPSQLpno::Update(SACommand *cmd, PNOTA *entry) const
 {
-    SACommand stored(cmd->Connection(),
-                     "SELECT pno_data, pno_sez, pno_reg, pno_prot, pno_revisione FROM admin.pnota1"
-                     " WHERE pno_codice = :codice FOR UPDATE");
+    SACommand stored(cmd->Connection(), "SELECT pno_data, pno_sez, pno_reg, pno_prot, pno_revisione FROM admin.pnota1"
+                                        " WHERE pno_codice = :codice FOR UPDATE");
     stored.Param("codice").setAsLong(entry->pno_codice);
     stored.Execute();
     if (!stored.FetchNext() || stored.Field("pno_revisione").asLong() != entry->pno_revisione)
@@ -240,8 +272,10 @@ void CPSQLpno::Update(SACommand *cmd, PNOTA *entry) const
                              stored.Field("pno_data").asDateTime().GetYear() == Year(entry->pno_data);
     const long stored_protocol = stored.Field("pno_prot").asLong();
     stored.Close();
-    if (same_series && (entry->pno_prot_fisso == 0 || entry->pno_prot == 0)) entry->pno_prot = stored_protocol;
-    else SettleProtocol(cmd, entry);
+    if (same_series && (entry->pno_prot_fisso == 0 || entry->pno_prot == 0))
+        entry->pno_prot = stored_protocol;
+    else
+        SettleProtocol(cmd, entry);
 
     Prepare(entry);
     ++entry->pno_revisione;

@@ -21,8 +21,8 @@ class CPSQLpno : public CTable<PNOTA> {
     /// Empties the entry for a new one: proposes the next free number, the first section and no counterpart.
     void Blank(SACommand *cmd, PNOTA *entry) const override;
 
-    /// Loads a whole entry with rows and cost-centre lines, counterpart name and descriptions. False when there is none; the
-    /// record then stays as it is, unlike that of other tables, since an editor goes on showing what it has.
+    /// Loads a whole entry with rows and cost-centre lines, counterpart name and descriptions. False when there is
+    /// none; the record then stays as it is, unlike that of other tables, since an editor goes on showing what it has.
     bool Search(SACommand *cmd, long code, PNOTA *entry, bool = false) const;
 
     /// Reads again what was stored. False when another station deleted it; the record then stays as it is.
@@ -33,9 +33,9 @@ class CPSQLpno : public CTable<PNOTA> {
     ///
     /// 0 inserts: entry number and protocol are settled under a lock, whatever was proposed; a protocol that the user
     /// fixed stays, and is refused when taken. 1 updates: refused with fault Changed when another station changed the
-    /// entry since it was read; a changed section, year or register gets a new protocol. 2 deletes the entry with its open
-    /// instalments; an entry with paid or held instalments is refused.
-    /// After success the record holds the numbers, totals and revision that were stored.
+    /// entry since it was read; a changed section, year or register gets a new protocol. 2 deletes the entry with its
+    /// open instalments; an entry with paid or held instalments is refused. After success the record holds the numbers,
+    /// totals and revision that were stored.
     /// @throws SAException, and then nothing is stored
     void SqlTransaction(SACommand *cmd, int operation, PNOTA *entry) const override;
 
@@ -52,8 +52,9 @@ class CPSQLpno : public CTable<PNOTA> {
     /// @throws SAException for a number that is no JournalOrder
     void SetIndex(int index) override;
 
-    // Browsing in the current order. Entries without document date have no place in the order of document dates: from one
-    // of them Next goes to the first that has one, Previous to the last. False, and the record untouched, when there is no such entry.
+    // Browsing in the current order. Entries without document date have no place in the order of document dates: from
+    // one of them Next goes to the first that has one, Previous to the last. False, and the record untouched, when
+    // there is no such entry.
     bool Next(SACommand *cmd, PNOTA *entry) const;
     bool Previous(SACommand *cmd, PNOTA *entry) const;
     bool First(SACommand *cmd, PNOTA *entry) const;

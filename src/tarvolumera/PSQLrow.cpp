@@ -12,9 +12,8 @@ bool HasOperation(SACommand *cmd, long date, long first, long second)
 {
     if (date == 0) return false;
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(),
-                    "SELECT pno_codice FROM admin.pnota1 WHERE pno_operazione IN (:tipo1, :tipo2)"
-                    " AND pno_data BETWEEN :d_start AND :d_stop LIMIT 1");
+    SACommand query(scope->Connection(), "SELECT pno_codice FROM admin.pnota1 WHERE pno_operazione IN (:tipo1, :tipo2)"
+                                         " AND pno_data BETWEEN :d_start AND :d_stop LIMIT 1");
     const int year = Year(date);
     query.Param("d_start").setAsDateTime(SADateTime(year, 1, 1));
     query.Param("d_stop").setAsDateTime(SADateTime(year, 12, 31));

@@ -36,8 +36,7 @@ long AdaptData(const PAGAMENTI *terms, long date)
     JulianToDate(date, &day, &month, &year);
     // A step of thirty days over the short month lands here; a fixed day of 1 or 2 March itself is meant as it is.
     const bool own_fixed_day = first <= 2 && day <= first;
-    if (month == 3 && day <= 2 && highest >= 29 && !own_fixed_day)
-        return DateToJulian(DaysInMonth(2, year), 2, year);
+    if (month == 3 && day <= 2 && highest >= 29 && !own_fixed_day) return DateToJulian(DaysInMonth(2, year), 2, year);
 
     for (const long fixed : {first, second}) {
         if (fixed == 0) continue;
@@ -45,5 +44,6 @@ long AdaptData(const PAGAMENTI *terms, long date)
         if (in_month >= day) return DateToJulian(in_month, month, year);
     }
     const int next_month = month == 12 ? 1 : month + 1, next_year = month == 12 ? year + 1 : year;
-    return DateToJulian(static_cast<int>(std::min<long>(first, DaysInMonth(next_month, next_year))), next_month, next_year);
+    return DateToJulian(static_cast<int>(std::min<long>(first, DaysInMonth(next_month, next_year))), next_month,
+                        next_year);
 }

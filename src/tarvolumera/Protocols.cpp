@@ -6,7 +6,8 @@ void LockNumbers(SACommand *cmd, NumberSeries series)
 {
     if (cmd->Connection()->Engine() != SAEngine::PostgreSQL) return;
     constexpr long kLumera = 0x4C756D65; // our part of the server's space of advisory locks
-    SACommand lock(cmd->Connection(), "SELECT pg_advisory_xact_lock(CAST(:programma AS INTEGER), CAST(:serie AS INTEGER))");
+    SACommand lock(cmd->Connection(),
+                   "SELECT pg_advisory_xact_lock(CAST(:programma AS INTEGER), CAST(:serie AS INTEGER))");
     lock.Param("programma").setAsLong(kLumera);
     lock.Param("serie").setAsLong(static_cast<long>(series));
     lock.Execute();

@@ -9,6 +9,6 @@ enum class NumberSeries { Journal = 1, Files = 2, Schedule = 3 };
 /// On SQLite a write transaction is that lock already. Call inside SATransaction only.
 void LockNumbers(SACommand *cmd, NumberSeries series);
 
-/// Next VAT protocol of a section, year and register: the highest stored one plus one, so that deleting the last gives its
-/// number back. 0 for register 1 and registers that do not exist: the journal has no VAT protocol.
+/// Next VAT protocol of a section, year and register: the highest stored one plus one, so that deleting the last gives
+/// its number back. 0 for register 1 and registers that do not exist: the journal has no VAT protocol.
 long GetProt(SACommand *cmd, long section, long year, long vat_register);

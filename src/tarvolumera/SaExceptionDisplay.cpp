@@ -13,20 +13,31 @@ std::string_view PlainWords(SAFault fault)
     switch (fault) {
     case SAFault::RelationNotFound:
     case SAFault::TableNotFound:
-    case SAFault::ViewNotFound: return "Nell'archivio manca una tabella.";
-    case SAFault::UniqueViolation: return "Esiste già un record con lo stesso codice o numero.";
+    case SAFault::ViewNotFound:
+        return "Nell'archivio manca una tabella.";
+    case SAFault::UniqueViolation:
+        return "Esiste già un record con lo stesso codice o numero.";
     case SAFault::ForeignKeyViolation:
-        return "L'operazione lascerebbe un collegamento verso un record che non esiste, o eliminerebbe un record in uso.";
+        return "L'operazione lascerebbe un collegamento verso un record che non esiste, o eliminerebbe un record in "
+               "uso.";
     case SAFault::CheckViolation:
-    case SAFault::NotNullViolation: return "Un valore non è ammesso dall'archivio.";
-    case SAFault::Busy: return "L'archivio è occupato da un'altra stazione. Riprovare.";
-    case SAFault::ConnectionLost: return "Il collegamento con l'archivio si è interrotto.";
-    case SAFault::CannotOpen: return "Impossibile aprire l'archivio.";
-    case SAFault::DiskFull: return "Il disco è pieno.";
-    case SAFault::ReadOnly: return "L'archivio è in sola lettura.";
-    case SAFault::Corrupt: return "L'archivio è danneggiato o non è un archivio.";
+    case SAFault::NotNullViolation:
+        return "Un valore non è ammesso dall'archivio.";
+    case SAFault::Busy:
+        return "L'archivio è occupato da un'altra stazione. Riprovare.";
+    case SAFault::ConnectionLost:
+        return "Il collegamento con l'archivio si è interrotto.";
+    case SAFault::CannotOpen:
+        return "Impossibile aprire l'archivio.";
+    case SAFault::DiskFull:
+        return "Il disco è pieno.";
+    case SAFault::ReadOnly:
+        return "L'archivio è in sola lettura.";
+    case SAFault::Corrupt:
+        return "L'archivio è danneggiato o non è un archivio.";
     case SAFault::Changed:
-    case SAFault::Other: break;
+    case SAFault::Other:
+        break;
     }
     return {};
 }

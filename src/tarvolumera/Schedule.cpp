@@ -7,18 +7,19 @@
 CPSQLsca sqlsca;
 
 CPSQLsca::CPSQLsca()
-    : CTable({"scadenze",
-              {LUMERA_COLUMN(SCADENZE, sca_relaz, kKey), LUMERA_COLUMN(SCADENZE, sca_num, kKey),
-               LUMERA_PLAIN(SCADENZE, sca_anno), LUMERA_CODE(SCADENZE, sca_sez), LUMERA_PLAIN(SCADENZE, sca_cli_for),
-               LUMERA_DATE(SCADENZE, sca_data), LUMERA_PLAIN(SCADENZE, sca_importo), LUMERA_CODE(SCADENZE, sca_pag),
-               LUMERA_PLAIN(SCADENZE, sca_tipo_pag), LUMERA_CODE(SCADENZE, sca_ban), LUMERA_PLAIN(SCADENZE, sca_pagato),
-               LUMERA_DATE(SCADENZE, sca_data_pag), LUMERA_DATE(SCADENZE, sca_emessa),
-               LUMERA_PLAIN(SCADENZE, sca_fattura), LUMERA_DATE(SCADENZE, sca_data_fattura),
-               LUMERA_PLAIN(SCADENZE, sca_desc), LUMERA_CODE(SCADENZE, sca_dst), LUMERA_CODE(SCADENZE, sca_age),
-               LUMERA_PLAIN(SCADENZE, sca_parked), LUMERA_PLAIN(SCADENZE, sca_printed),
-               LUMERA_PLAIN(SCADENZE, sca_rata), LUMERA_PLAIN(SCADENZE, sca_rate), LUMERA_PLAIN(SCADENZE, sca_ultima),
-               LUMERA_PLAIN(SCADENZE, sca_non_ultima), LUMERA_PLAIN(SCADENZE, sca_tot_fat),
-               LUMERA_CODE(SCADENZE, sca_pno)}})
+    : CTable({"scadenze", {LUMERA_COLUMN(SCADENZE, sca_relaz, kKey), LUMERA_COLUMN(SCADENZE, sca_num, kKey),
+                           LUMERA_PLAIN(SCADENZE, sca_anno),         LUMERA_CODE(SCADENZE, sca_sez),
+                           LUMERA_PLAIN(SCADENZE, sca_cli_for),      LUMERA_DATE(SCADENZE, sca_data),
+                           LUMERA_PLAIN(SCADENZE, sca_importo),      LUMERA_CODE(SCADENZE, sca_pag),
+                           LUMERA_PLAIN(SCADENZE, sca_tipo_pag),     LUMERA_CODE(SCADENZE, sca_ban),
+                           LUMERA_PLAIN(SCADENZE, sca_pagato),       LUMERA_DATE(SCADENZE, sca_data_pag),
+                           LUMERA_DATE(SCADENZE, sca_emessa),        LUMERA_PLAIN(SCADENZE, sca_fattura),
+                           LUMERA_DATE(SCADENZE, sca_data_fattura),  LUMERA_PLAIN(SCADENZE, sca_desc),
+                           LUMERA_CODE(SCADENZE, sca_dst),           LUMERA_CODE(SCADENZE, sca_age),
+                           LUMERA_PLAIN(SCADENZE, sca_parked),       LUMERA_PLAIN(SCADENZE, sca_printed),
+                           LUMERA_PLAIN(SCADENZE, sca_rata),         LUMERA_PLAIN(SCADENZE, sca_rate),
+                           LUMERA_PLAIN(SCADENZE, sca_ultima),       LUMERA_PLAIN(SCADENZE, sca_non_ultima),
+                           LUMERA_PLAIN(SCADENZE, sca_tot_fat),      LUMERA_CODE(SCADENZE, sca_pno)}})
 {
 }
 
@@ -47,8 +48,9 @@ bool CPSQLsca::Search(SACommand *cmd, short side, long number, SCADENZE *record,
 long CPSQLsca::NextNumber(SACommand *cmd, short side) const
 {
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(), "SELECT sca_num FROM admin.scadenze WHERE sca_relaz = :rel"
-                                           " ORDER BY sca_num DESC LIMIT 1"); // MAX would need statistics to use the index
+    SACommand query(scope->Connection(),
+                    "SELECT sca_num FROM admin.scadenze WHERE sca_relaz = :rel"
+                    " ORDER BY sca_num DESC LIMIT 1"); // MAX would need statistics to use the index
     query.Param("rel").setAsLong(side);
     query.Execute();
     return query.FetchNext() ? query.Field(1).asLong() + 1 : 1;

@@ -19,13 +19,13 @@ struct SCADENZE {
     long sca_data_fattura = 0;
     Text<80> sca_desc;
     long sca_dst = 0, sca_age = 0;
-    long sca_parked = 0;  ///< nonzero = held in a payment slip
-    long sca_printed = 0; ///< 0 = its RiBa has not been printed yet
-    long sca_rata = 0, sca_rate = 0; ///< number within its invoice, and how many there are
+    long sca_parked = 0;                     ///< nonzero = held in a payment slip
+    long sca_printed = 0;                    ///< 0 = its RiBa has not been printed yet
+    long sca_rata = 0, sca_rate = 0;         ///< number within its invoice, and how many there are
     long sca_ultima = 0, sca_non_ultima = 1; ///< exactly one of the two is 1
-    double sca_tot_fat = 0; ///< invoice total
-    long sca_pno = 0;       ///< journal entry that made it; 0 = entered by hand or imported
-    Text<10> label;         ///< "Cliente.." or "Fornitore", not stored
+    double sca_tot_fat = 0;                  ///< invoice total
+    long sca_pno = 0;                        ///< journal entry that made it; 0 = entered by hand or imported
+    Text<10> label;                          ///< "Cliente.." or "Fornitore", not stored
 };
 
 class CPSQLsca : public CTable<SCADENZE> {

@@ -15,32 +15,56 @@ void BindValue(SAParam &param, const ColumnDescription &column, void *member)
     switch (column.kind) {
     case ColumnKind::Long: {
         const long value = *static_cast<long *>(member);
-        if (value == 0 && (column.flags & kNullIfZero) != 0) param.setAsNull();
-        else param.setAsLong(value);
+        if (value == 0 && (column.flags & kNullIfZero) != 0)
+            param.setAsNull();
+        else
+            param.setAsLong(value);
         break;
     }
-    case ColumnKind::Double: param.setAsDouble(WithoutNegativeZero(*static_cast<double *>(member))); break;
-    case ColumnKind::Date: param.setAsDateTime(ToSqlDate(*static_cast<long *>(member))); break;
+    case ColumnKind::Double:
+        param.setAsDouble(WithoutNegativeZero(*static_cast<double *>(member)));
+        break;
+    case ColumnKind::Date:
+        param.setAsDateTime(ToSqlDate(*static_cast<long *>(member)));
+        break;
     case ColumnKind::Text: {
         const std::string &value = static_cast<BoundedText *>(member)->str();
-        if (value.empty() && (column.flags & kNullIfZero) != 0) param.setAsNull();
-        else param.setAsString(value);
+        if (value.empty() && (column.flags & kNullIfZero) != 0)
+            param.setAsNull();
+        else
+            param.setAsString(value);
         break;
     }
-    case ColumnKind::Moment: param.setAsDateTime(*static_cast<SADateTime *>(member)); break;
-    case ColumnKind::Bytes: param.setAsBytes(*static_cast<std::vector<std::byte> *>(member)); break;
+    case ColumnKind::Moment:
+        param.setAsDateTime(*static_cast<SADateTime *>(member));
+        break;
+    case ColumnKind::Bytes:
+        param.setAsBytes(*static_cast<std::vector<std::byte> *>(member));
+        break;
     }
 }
 
 void ReadValue(const SAField &field, const ColumnDescription &column, void *member)
 {
     switch (column.kind) {
-    case ColumnKind::Long: *static_cast<long *>(member) = field.asLong(); break;
-    case ColumnKind::Double: *static_cast<double *>(member) = field.asDouble(); break;
-    case ColumnKind::Date: *static_cast<long *>(member) = FromSqlDate(field.asDateTime()); break;
-    case ColumnKind::Text: static_cast<BoundedText *>(member)->Assign(field.asStringView()); break;
-    case ColumnKind::Moment: *static_cast<SADateTime *>(member) = field.asDateTime(); break;
-    case ColumnKind::Bytes: *static_cast<std::vector<std::byte> *>(member) = field.asBytes(); break;
+    case ColumnKind::Long:
+        *static_cast<long *>(member) = field.asLong();
+        break;
+    case ColumnKind::Double:
+        *static_cast<double *>(member) = field.asDouble();
+        break;
+    case ColumnKind::Date:
+        *static_cast<long *>(member) = FromSqlDate(field.asDateTime());
+        break;
+    case ColumnKind::Text:
+        static_cast<BoundedText *>(member)->Assign(field.asStringView());
+        break;
+    case ColumnKind::Moment:
+        *static_cast<SADateTime *>(member) = field.asDateTime();
+        break;
+    case ColumnKind::Bytes:
+        *static_cast<std::vector<std::byte> *>(member) = field.asBytes();
+        break;
     }
 }
 

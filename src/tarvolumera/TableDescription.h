@@ -10,8 +10,9 @@ enum class ColumnKind { Long, Double, Date, Text, Moment, Bytes };
 
 /// Bits of a column.
 inline constexpr unsigned kPlain = 0;
-inline constexpr unsigned kKey = 1;        ///< part of the primary key
-inline constexpr unsigned kNullIfZero = 2; ///< a code that points to another table: 0 (or an empty text) is stored as NULL
+inline constexpr unsigned kKey = 1; ///< part of the primary key
+inline constexpr unsigned kNullIfZero =
+    2; ///< a code that points to another table: 0 (or an empty text) is stored as NULL
 
 /// One column of a table: its name, its kind and where the record keeps it.
 struct ColumnDescription {
@@ -34,10 +35,14 @@ struct MemberTraits<Member Record::*> {
 template <class Member>
 constexpr ColumnKind KindOf()
 {
-    if constexpr (std::is_same_v<Member, long>) return ColumnKind::Long;
-    else if constexpr (std::is_same_v<Member, double>) return ColumnKind::Double;
-    else if constexpr (std::is_same_v<Member, SADateTime>) return ColumnKind::Moment;
-    else if constexpr (std::is_same_v<Member, std::vector<std::byte>>) return ColumnKind::Bytes;
+    if constexpr (std::is_same_v<Member, long>)
+        return ColumnKind::Long;
+    else if constexpr (std::is_same_v<Member, double>)
+        return ColumnKind::Double;
+    else if constexpr (std::is_same_v<Member, SADateTime>)
+        return ColumnKind::Moment;
+    else if constexpr (std::is_same_v<Member, std::vector<std::byte>>)
+        return ColumnKind::Bytes;
     else {
         static_assert(std::is_base_of_v<BoundedText, Member>, "no column kind for this member");
         return ColumnKind::Text;
@@ -47,8 +52,10 @@ constexpr ColumnKind KindOf()
 template <class Member>
 void *Address(Member &member)
 {
-    if constexpr (std::is_base_of_v<BoundedText, Member>) return static_cast<BoundedText *>(&member);
-    else return &member;
+    if constexpr (std::is_base_of_v<BoundedText, Member>)
+        return static_cast<BoundedText *>(&member);
+    else
+        return &member;
 }
 
 } // namespace table_description
@@ -85,11 +92,11 @@ class TableDescription {
 
     const std::string &Table() const { return table_; } ///< "admin.pnota1"
     const std::vector<ColumnDescription> &Columns() const { return columns_; }
-    const std::string &ColumnList() const { return column_list_; }  ///< "a, b, c"
-    const std::string &SelectText() const { return select_; }       ///< "SELECT a, b, c FROM admin.t"
-    const std::string &SearchText() const { return search_; }       ///< SelectText with the keys as condition
+    const std::string &ColumnList() const { return column_list_; } ///< "a, b, c"
+    const std::string &SelectText() const { return select_; }      ///< "SELECT a, b, c FROM admin.t"
+    const std::string &SearchText() const { return search_; }      ///< SelectText with the keys as condition
     const std::string &InsertText() const { return insert_; }
-    const std::string &UpdateText() const { return update_; }       ///< every column but the keys, by the keys
+    const std::string &UpdateText() const { return update_; } ///< every column but the keys, by the keys
     const std::string &DeleteText() const { return delete_; }
 
     /// Copies the current row of the command into the record. Columns the query does not give keep their value.

@@ -46,7 +46,8 @@ class CTarvoPostgreSQL {
     static bool IsTableNotExistErr(const SAException &error);
     static bool IsViewNotExistErr(const SAException &error);
 
-    /// Creates the table with its indexes (and its views) from the archive's own text; does nothing more when it exists.
+    /// Creates the table with its indexes (and its views) from the archive's own text; does nothing more when it
+    /// exists.
     void Create(SACommand *cmd) const;
 
   protected:
@@ -84,8 +85,8 @@ class CTable : public CTarvoPostgreSQL {
     /// Empties the record; tables that number their records themselves propose the next number.
     virtual void Blank(SACommand *, Record *record) const { *record = Record{}; }
 
-    /// Writes the record: 0 inserts, 1 updates, 2 deletes. @throws SAException; an update or delete that meets no record
-    /// throws with fault Changed.
+    /// Writes the record: 0 inserts, 1 updates, 2 deletes. @throws SAException; an update or delete that meets no
+    /// record throws with fault Changed.
     virtual void SqlTransaction(SACommand *cmd, int operation, Record *record) const
     {
         CommandScope scope(cmd);
@@ -154,7 +155,8 @@ class CCodeTable : public CTable<Record> {
     {
         CommandScope scope(cmd);
         const char *key = this->Description().Columns().front().name;
-        SACommand query(scope->Connection(), std::string("SELECT MAX(") + key + ") AS codice FROM " + this->TableName());
+        SACommand query(scope->Connection(),
+                        std::string("SELECT MAX(") + key + ") AS codice FROM " + this->TableName());
         query.Execute();
         return query.FetchNext() ? query.Field(1).asLong() + 1 : 1;
     }

@@ -12,9 +12,9 @@ inline constexpr long kVatTaxable = 1, kVatExempt = 2, kVatNonTaxable = 3, kVatN
 struct CODIVA {
     long iva_codice = 0;
     Text<60> iva_desc;
-    double iva_aliq = 0; ///< rate, per cent
-    long iva_tip = 0;    ///< kind, 1 to 14
-    double iva_inded = 0; ///< non-deductible part, per cent
+    double iva_aliq = 0;       ///< rate, per cent
+    long iva_tip = 0;          ///< kind, 1 to 14
+    double iva_inded = 0;      ///< non-deductible part, per cent
     long iva_aliq_default = 0; ///< 1 = preferred among those of equal rate and kind
     Text<4> iva_natura;        ///< nature with its sub-code ("N3.5"), for documents and communications
 };
@@ -28,6 +28,6 @@ class CPSQLiva : public CCodeTable<CODIVA, &CODIVA::iva_codice> {
 };
 extern CPSQLiva sqliva;
 
-/// The part of a tax that a purchase may deduct: rounded, so that the non-deductible part is what is left. Kind 5 deducts
-/// nothing.
+/// The part of a tax that a purchase may deduct: rounded, so that the non-deductible part is what is left. Kind 5
+/// deducts nothing.
 double DeductibleTax(double tax, long kind, double non_deductible_per_cent);

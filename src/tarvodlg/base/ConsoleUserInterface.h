@@ -5,17 +5,18 @@
 #include <cstdio>
 
 /// The user at a terminal, or a script: texts go to standard error followed by the answer taken, on one line
-/// ("\n" shown as a blank), e.g. "Vuoi Continuare ? -> No". Questions take their default answer, or Yes with answer_yes;
-/// a Yes/No/Cancel question takes the answer set for it, else its default. Files and dates are never asked: nothing.
+/// ("\n" shown as a blank), e.g. "Vuoi Continuare ? -> No". Questions take their default answer, or Yes with
+/// answer_yes; a Yes/No/Cancel question takes the answer set for it, else its default. Files and dates are never asked:
+/// nothing.
 class ConsoleUserInterface : public UserInterface {
   public:
     explicit ConsoleUserInterface(std::FILE *out = stderr) : out_(out) {}
 
-    bool answer_yes = false;           ///< --si
-    std::optional<int> answer_choice;  ///< for Yes/No/Cancel questions: IDYES, IDNO or IDCANCEL
-    bool quiet = false;                ///< information is not printed; questions and errors are
-    bool progress = true;              ///< advance lines, only when `out` is a terminal
-    std::optional<long> today;         ///< day number instead of the clock's
+    bool answer_yes = false;          ///< --si
+    std::optional<int> answer_choice; ///< for Yes/No/Cancel questions: IDYES, IDNO or IDCANCEL
+    bool quiet = false;               ///< information is not printed; questions and errors are
+    bool progress = true;             ///< advance lines, only when `out` is a terminal
+    std::optional<long> today;        ///< day number instead of the clock's
     int beeps = 0;
 
     int MessageBox(const std::string &text, unsigned flags) override;

@@ -90,7 +90,9 @@ namespace {
 std::string WithoutTag(const std::string &text)
 {
     const std::size_t tag = text.rfind("\n\n[");
-    return tag != std::string::npos && text.ends_with(']') && text.find(':', tag) != std::string::npos ? text.substr(0, tag) : text;
+    return tag != std::string::npos && text.ends_with(']') && text.find(':', tag) != std::string::npos
+               ? text.substr(0, tag)
+               : text;
 }
 
 } // namespace

@@ -53,8 +53,8 @@ class UserInterface {
     virtual std::optional<long> PickDate(const std::string &title, long proposed) = 0;
     virtual std::optional<long> PickYear(const std::string &title, long proposed) = 0;
 
-    virtual long Today() = 0;          ///< day number
-    virtual long SecondOfDay() = 0;    ///< 0 to 86399, local time
+    virtual long Today() = 0;           ///< day number
+    virtual long SecondOfDay() = 0;     ///< 0 to 86399, local time
     virtual std::string UserName() = 0; ///< who works at this station, for "who did it" columns
 };
 

@@ -19,8 +19,8 @@ struct ArchiveCheckResult {
     bool truncated = false;
 };
 
-/// Looks at the whole archive in one read transaction and changes nothing: every entry balanced, every stored total what
-/// its rows and VAT lines say, every link valid, protocols without gap or double, copies in the rows equal to the header,
-/// instalments that add up, documents whose bytes are what was filed, and the engine's own integrity check.
+/// Looks at the whole archive in one read transaction and changes nothing: every entry balanced, every stored total
+/// what its rows and VAT lines say, every link valid, protocols without gap or double, copies in the rows equal to the
+/// header, instalments that add up, documents whose bytes are what was filed, and the engine's own integrity check.
 /// @param fault_max  faults listed per check
 ArchiveCheckResult CheckArchive(SACommand *cmd, std::size_t fault_max = 100);

@@ -23,7 +23,8 @@ std::vector<std::string> WritableColumns(SACommand *cmd, const std::string &tabl
 
 bool HoldsBytes(const std::string &column)
 {
-    return column.ends_with("_data") && (column.starts_with("all") || column.starts_with("pat") || column.starts_with("pni"));
+    return column.ends_with("_data") &&
+           (column.starts_with("all") || column.starts_with("pat") || column.starts_with("pni"));
 }
 
 /// Texts carry every kind of value but bytes between the engines: the column's type reads them back.
@@ -42,9 +43,12 @@ long CopyTable(SACommand *from, SACommand *to, const std::string &table)
     while (read.FetchNext()) {
         for (int i = 1; i <= static_cast<int>(columns.size()); ++i) {
             const SAField &field = read.Field(i);
-            if (field.isNull()) write.Param(i).setAsNull();
-            else if (HoldsBytes(field.Name())) write.Param(i).setAsBytes(field.asBytes());
-            else write.Param(i).setAsString(field.asStringView());
+            if (field.isNull())
+                write.Param(i).setAsNull();
+            else if (HoldsBytes(field.Name()))
+                write.Param(i).setAsBytes(field.asBytes());
+            else
+                write.Param(i).setAsString(field.asStringView());
         }
         write.Execute();
         ++rows;

@@ -122,7 +122,8 @@ void CreateInFolder(const NewArchive &wanted)
     const std::filesystem::path place = std::filesystem::absolute(wanted.archive).lexically_normal();
     const bool exists = std::filesystem::exists(place);
     if (std::filesystem::exists(ArchiveFile(place)))
-        throw SAException(SA_UserGenerated_Error, 20072, fmt::format("La cartella contiene già un archivio:\n{}", place.string()));
+        throw SAException(SA_UserGenerated_Error, 20072,
+                          fmt::format("La cartella contiene già un archivio:\n{}", place.string()));
     if (exists && !(std::filesystem::is_directory(place) && std::filesystem::is_empty(place)))
         throw FileError(fmt::format("La cartella non è vuota:\n{}", place.string()));
 
@@ -179,6 +180,8 @@ long LoadTable(SACommand *cmd, std::string_view resource, const std::vector<std:
 
 void CreateArchive(const NewArchive &wanted)
 {
-    if (IsPostgresTarget(wanted.archive)) CreateOnPostgres(wanted);
-    else CreateInFolder(wanted);
+    if (IsPostgresTarget(wanted.archive))
+        CreateOnPostgres(wanted);
+    else
+        CreateInFolder(wanted);
 }

@@ -37,8 +37,9 @@ void RunFile(SACommand *cmd, std::string_view file)
         SACommand run(cmd->Connection(), statement);
         run.Execute();
     }
-    SACommand record(cmd->Connection(),
-                     "INSERT INTO admin.versione (ver_numero, ver_data, ver_programma) VALUES (:numero, :data, :programma)");
+    SACommand record(
+        cmd->Connection(),
+        "INSERT INTO admin.versione (ver_numero, ver_data, ver_programma) VALUES (:numero, :data, :programma)");
     record.Param("numero").setAsLong(version);
     record.Param("data").setAsDateTime(ToSqlDate(CurrentUserInterface().Today()));
     record.Param("programma").setAsString(LUMERA_VERSION);

@@ -65,7 +65,8 @@ std::vector<std::string> TablesInOrder()
     std::vector<std::string> tables;
     for (const std::string &statement : AllStatements()) {
         if (!statement.starts_with(kCreateTable)) continue;
-        tables.push_back(statement.substr(kCreateTable.size(), statement.find(' ', kCreateTable.size()) - kCreateTable.size()));
+        tables.push_back(
+            statement.substr(kCreateTable.size(), statement.find(' ', kCreateTable.size()) - kCreateTable.size()));
     }
     return tables;
 }
