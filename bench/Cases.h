@@ -27,3 +27,6 @@ int RunMemoryProbe(long entries);
 /// Reading FatturaPA files, against the XML parser alone.
 /// @param samples  folder with plain .xml invoices
 void MeasureInvoices(const std::filesystem::path &samples, Findings &findings);
+
+/// The grid with 1,000,000 rows against the same with 10,000, and against the bare values.
+void MeasureGrid(Findings &findings);

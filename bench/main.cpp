@@ -65,6 +65,7 @@ void MeasureAll(const Options &options, Findings &findings)
     else
         MeasureEngine(options, places, SAEngine::PostgreSQL, findings);
     if (options.Wants("read")) MeasureInvoices(options.samples, findings);
+    if (options.Wants("grid")) MeasureGrid(findings);
 }
 
 } // namespace
@@ -82,7 +83,7 @@ int main(int argc, char **argv)
         ->check(CLI::ExistingDirectory);
     app.add_option("--samples", options.samples, "Folder with FatturaPA files")->check(CLI::ExistingDirectory);
     app.add_option("--only", options.only, "One group of cases")
-        ->check(CLI::IsMember({"store", "list", "browse", "memory", "read"}));
+        ->check(CLI::IsMember({"store", "list", "browse", "memory", "read", "grid"}));
     app.add_flag("--json", options.json, "Print the findings as JSON");
     app.add_flag("--verbose", options.verbose, "Print the plans of the browse queries");
     app.add_option("--memory-probe", options.memory_probe)->group("");

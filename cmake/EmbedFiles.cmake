@@ -1,5 +1,7 @@
-# Writes a C++ source that holds the named files as texts: cmake -DOUTPUT=... -DROOT=... -DFILES=a|b -P EmbedFiles.cmake
-# The programs carry their schema and base tables with them, so an installed copy needs no data folder.
+# Writes a C++ source that holds the named files as texts:
+#   cmake -DOUTPUT=... -DROOT=... -DFILES=a|b -DHEADER=folder/Resources.h -DPREFIX=Resource -P EmbedFiles.cmake
+# The header declares PREFIXText(name), empty when there is none, and PREFIXNames(folder). The programs carry what they need
+# with them, so an installed copy needs no data folder.
 string(REPLACE "|" ";" files "${FILES}")
 set(body "")
 foreach(file IN LISTS files)
@@ -7,32 +9,32 @@ foreach(file IN LISTS files)
   string(APPEND body "    {\"${file}\", R\"LUMERA(${text})LUMERA\"},\n")
 endforeach()
 file(WRITE ${OUTPUT} "// Made by EmbedFiles.cmake from the files it names.
-#include \"tarvolumera/archive/Resources.h\"
+#include \"${HEADER}\"
 
 #include <array>
 
 namespace {
 
-struct Resource {
+struct EmbeddedFile {
     std::string_view name, text;
 };
-const Resource kResources[] = {
+const EmbeddedFile kFiles[] = {
 ${body}};
 
 } // namespace
 
-std::string_view ResourceText(std::string_view name)
+std::string_view ${PREFIX}Text(std::string_view name)
 {
-    for (const Resource &resource : kResources)
-        if (resource.name == name) return resource.text;
+    for (const EmbeddedFile &file : kFiles)
+        if (file.name == name) return file.text;
     return {};
 }
 
-std::vector<std::string_view> ResourceNames(std::string_view folder)
+std::vector<std::string_view> ${PREFIX}Names(std::string_view folder)
 {
     std::vector<std::string_view> names;
-    for (const Resource &resource : kResources)
-        if (resource.name.starts_with(folder)) names.push_back(resource.name);
+    for (const EmbeddedFile &file : kFiles)
+        if (file.name.starts_with(folder)) names.push_back(file.name);
     return names;
 }
 ")

@@ -3,8 +3,8 @@
 set -eu
 
 build="g++ cmake ninja-build ccache pkg-config libsqlite3-dev libpq-dev libpugixml-dev libssl-dev libzip-dev libfmt-dev
-       libcli11-dev nlohmann-json3-dev"
-test="libgtest-dev libgmock-dev postgresql libxml2-utils python3"
+       libcli11-dev nlohmann-json3-dev qt6-base-dev qt6-svg-dev qt6-pdf-dev qt6-translations-l10n libgl-dev fonts-dejavu-core"
+test="libgtest-dev libgmock-dev postgresql libxml2-utils python3 poppler-utils desktop-file-utils"
 
 case "${1:-build}" in
     build) wanted=$build ;;

@@ -1,36 +1,52 @@
 # Bash completion of lumera: commands, options, and files where a command takes them.
 _lumera()
 {
-    local cur=${COMP_WORDS[COMP_CWORD]} group= command= word
+    local cur=${COMP_WORDS[COMP_CWORD]} group= command= table= word
     local common="--archivio --json --si --oggi --help"
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            archivio|fatture|pnota|scadenze) [ -z "$group" ] && group=$word ;;
-            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera)
+            archivio|fatture|pnota|scadenze|tabelle|desk|oggi) [ -z "$group" ] && group=$word ;;
+            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera|stampa|salva|piano-conti)
                 [ -n "$group" ] && [ -z "$command" ] && command=$word ;;
+            clienti|fornitori|causali|codiva|pagamenti|mastri|conti|sottocon|sezioni|banche|centri|agenti|ditta|impostazioni)
+                table=$word ;;
         esac
     done
     case ${COMP_WORDS[COMP_CWORD-1]} in
-        --archivio|--xml|--p7m) COMPREPLY=($(compgen -f -- "$cur")); return ;;
+        --archivio|--xml|--p7m|--pdf|--xlsx|--csv) COMPREPLY=($(compgen -f -- "$cur")); return ;;
     esac
     local words
     case "$group $command" in
-        " ") words="archivio fatture pnota scadenze --version" ;;
+        " ") words="archivio fatture pnota scadenze tabelle oggi desk --version" ;;
         "archivio ") words="crea verifica copia" ;;
         "fatture ") words="importa elenco registra esporta" ;;
-        "pnota ") words="elenco mostra registra elimina" ;;
+        "pnota ") words="elenco mostra registra elimina stampa" ;;
         "scadenze ") words="elenco genera" ;;
+        "tabelle ") words="elenco mostra salva elimina piano-conti" ;;
         "archivio crea") words="--postgres --demo --anno --movimenti --seme --ditta --piva --codfis --indirizzo --cap --citta --prov --naz" ;;
         "fatture elenco") words="--dal --al --da-registrare" ;;
         "fatture registra") words="--tutte --causale --fornitore --nuovo-fornitore --codice-iva --data" ;;
         "fatture esporta") words="--xml --p7m" ;;
         "pnota elenco") words="--dal --al --sezione --causale" ;;
+        "pnota stampa") words="--da --a --dal --al --sezione --causale --pdf --xlsx --csv" ;;
+        "tabelle piano-conti") words="--da --a --pdf --xlsx --csv" ;;
+        "tabelle elenco") words="--cerca --xlsx --csv" ;;
         "scadenze elenco") words="--clienti --fornitori --aperte --chiuse --dal --al" ;;
     esac
+    local tables="clienti fornitori causali codiva pagamenti mastri conti sottocon sezioni banche centri agenti"
+    if [ "$group" = tabelle ] && [ -n "$command" ] && [ -z "$table" ]; then
+        case $command in
+            elenco) words="$words $tables nazioni province aggregazioni" ;;
+            mostra|salva) words="$tables ditta impostazioni" ;;
+            elimina) words=$tables ;;
+        esac
+    fi
     COMPREPLY=($(compgen -W "$words $common" -- "$cur"))
     case "$group $command" in
         "archivio crea"|"archivio copia"|"fatture importa"|"pnota registra")
             [[ $cur == -* ]] || COMPREPLY=($(compgen -f -- "$cur")) ;;
+        "tabelle salva")
+            [ -n "$table" ] && [[ $cur != -* ]] && COMPREPLY=($(compgen -f -- "$cur")) ;;
     esac
 }
 complete -o filenames -F _lumera lumera

@@ -1,59 +1,30 @@
 #include "cli/Commands.h"
 
 #include "cli/Table.h"
-#include "demo/DemoJournal.h"
+#include "desk/NewCompany.h"
 #include "tarvodlg/base/Dates.h"
-#include "tarvolumera/FiscalCodes.h"
 #include "tarvolumera/archive/ArchiveCheck.h"
 #include "tarvolumera/archive/ArchiveCopy.h"
-#include "tarvolumera/archive/ArchiveCreation.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 namespace {
 
-constexpr long kDemoEntries = 600;
-constexpr unsigned kDemoSeed = 2026;
-
 struct CreateOptions {
     std::string folder, postgres;
     bool demo = false;
     long year = 0, entries = kDemoEntries;
     unsigned seed = kDemoSeed;
-    std::string name, vat_number, fiscal_code, address, postcode, town, province, country = "IT";
+    CompanyDetails company;
 };
 
-DITTE CompanyFrom(const CreateOptions &options)
+DITTE CheckedCompany(const CompanyDetails &details)
 {
-    DITTE company;
-    company.dit_desc = options.name;
-    company.dit_piva = NormalisedFiscalCode(options.vat_number);
-    company.dit_codfis =
-        options.fiscal_code.empty() ? company.dit_piva.str() : NormalisedFiscalCode(options.fiscal_code);
-    company.dit_pers = HolderOf(company.dit_codfis) == FiscalCodeHolder::Person ? "F" : "G";
-    company.dit_indirizzo = options.address;
-    company.dit_cap = options.postcode;
-    company.dit_citta = options.town;
-    company.dit_prov = ToUpper(options.province);
-    company.dit_naz = ToUpper(options.country);
-    company.dit_periodicita = "T";
-    company.dit_mas_cli = 150; // the masters of the base chart
-    company.dit_con_cli = 1;
-    company.dit_mas_for = 250;
-    company.dit_con_for = 1;
+    const DITTE company = CompanyFrom(details);
+    if (company.dit_desc.empty()) throw UsageError("Indicare la denominazione della ditta con --ditta (o --demo).");
+    if (const std::string fault = CompanyCodeFault(company); !fault.empty()) throw RefusedError(fault);
     return company;
-}
-
-void CheckCompany(const DITTE &company)
-{
-    if (Trimmed(company.dit_desc).empty())
-        throw UsageError("Indicare la denominazione della ditta con --ditta (o --demo).");
-    if (company.dit_naz != "IT") return;
-    if (const FiscalCodeCheck check = CheckVatNumber(company.dit_piva); !check.ok())
-        throw RefusedError(fmt::format("Partita IVA della ditta non valida: {}.", check.text));
-    if (const FiscalCodeCheck check = CheckFiscalCode(company.dit_codfis); !check.ok())
-        throw RefusedError(fmt::format("Codice fiscale della ditta non valido: {}.", check.text));
 }
 
 int Create(Session *session, const CreateOptions &options)
@@ -61,26 +32,20 @@ int Create(Session *session, const CreateOptions &options)
     if (!options.folder.empty() && !options.postgres.empty())
         throw UsageError("Indicare una cartella oppure --postgres, non entrambi.");
     if (options.entries < 0) throw UsageError("--movimenti: il numero non può essere negativo.");
-    NewArchive wanted;
-    wanted.archive = !options.postgres.empty() ? options.postgres
-                     : !options.folder.empty() ? options.folder
-                                               : session->ArchiveName();
-    if (IsPostgresTarget(wanted.archive)) wanted.data_folder = DataFolderOf(wanted.archive);
-    wanted.year = options.year != 0 ? options.year : Year(session->user.Today());
-    if (wanted.year < 1980 || wanted.year > 9999) throw UsageError("--anno: l'anno non è valido.");
-    wanted.demo = options.demo;
-    if (options.demo) {
-        wanted.fill = [&](SACommand *cmd) { FillDemoJournal(cmd, options.entries, options.seed); };
-    } else {
-        wanted.company = CompanyFrom(options);
-        CheckCompany(wanted.company);
-    }
-    CreateArchive(wanted);
-    const std::string shown = IsPostgresTarget(wanted.archive) ? "PostgreSQL" : wanted.archive;
-    if (session->json)
-        PrintJson(nlohmann::json{{"archivio", shown}, {"ditta", lumera_db_impo.dit_desc.str()}, {"anno", wanted.year}});
+    const std::string archive = !options.postgres.empty() ? options.postgres
+                                : !options.folder.empty() ? options.folder
+                                                          : session->ArchiveName();
+    const long year = options.year != 0 ? options.year : Year(session->user.Today());
+    if (year < kFirstYear || year > kLastYear) throw UsageError("--anno: l'anno non è valido.");
+    if (options.demo)
+        CreateDemoCompany(archive, year, options.entries, options.seed);
     else
-        Print(fmt::format("Archivio creato: {}\n{}\nEsercizio {}\n", shown, CompanyLine(), wanted.year));
+        CreateCompany(archive, CheckedCompany(options.company), year);
+    const std::string shown = IsPostgresTarget(archive) ? "PostgreSQL" : archive;
+    if (session->json)
+        PrintJson(nlohmann::json{{"archivio", shown}, {"ditta", lumera_db_impo.dit_desc.str()}, {"anno", year}});
+    else
+        Print(fmt::format("Archivio creato: {}\n{}\nEsercizio {}\n", shown, CompanyLine(), year));
     return kExitDone;
 }
 
@@ -148,14 +113,14 @@ void AddArchiveCommands(CLI::App *app, Session *session, Action *action)
     create->add_option("--anno", options->year, "Esercizio (l'anno in corso)");
     create->add_option("--movimenti", options->entries, "Movimenti della ditta dimostrativa (600)");
     create->add_option("--seme", options->seed, "Seme dei movimenti dimostrativi (2026)");
-    create->add_option("--ditta", options->name, "Denominazione della ditta");
-    create->add_option("--piva", options->vat_number, "Partita IVA");
-    create->add_option("--codfis", options->fiscal_code, "Codice fiscale (uguale alla partita IVA)");
-    create->add_option("--indirizzo", options->address, "Indirizzo");
-    create->add_option("--cap", options->postcode, "CAP");
-    create->add_option("--citta", options->town, "Città");
-    create->add_option("--prov", options->province, "Provincia");
-    create->add_option("--naz", options->country, "Nazione (IT)");
+    create->add_option("--ditta", options->company.name, "Denominazione della ditta");
+    create->add_option("--piva", options->company.vat_number, "Partita IVA");
+    create->add_option("--codfis", options->company.fiscal_code, "Codice fiscale (uguale alla partita IVA)");
+    create->add_option("--indirizzo", options->company.address, "Indirizzo");
+    create->add_option("--cap", options->company.postcode, "CAP");
+    create->add_option("--citta", options->company.town, "Città");
+    create->add_option("--prov", options->company.province, "Provincia");
+    create->add_option("--naz", options->company.country, "Nazione (IT)");
     create->callback([=] { *action = [=] { return Create(session, *options); }; });
 
     CLI::App *verify = group->add_subcommand("verifica", "Controlla l'intero archivio senza modificarlo");

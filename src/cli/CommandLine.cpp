@@ -21,7 +21,9 @@ constexpr const char *kExamples =
     "  lumera archivio crea demo --demo\n"
     "  lumera --archivio demo fatture importa fatture/\n"
     "  lumera --archivio demo fatture registra --tutte\n"
-    "  lumera --archivio demo pnota elenco --dal 2026-01-01 --json\n\n"
+    "  lumera --archivio demo pnota elenco --dal 2026-01-01 --json\n"
+    "  lumera --archivio demo tabelle elenco clienti --xlsx clienti.xlsx\n"
+    "  lumera desk --archivio demo        (apre la scrivania)\n\n"
     "Le opzioni comuni (--archivio, --json, --si, --oggi) valgono per ogni comando, prima o dopo il suo nome.\n"
     "Codici di uscita: 0 eseguito, 1 rifiutato da un controllo, 2 uso errato, 3 errore di archivio o di file.";
 
@@ -181,6 +183,9 @@ int RunCommandLine(int argc, const char *const *argv)
     AddInvoiceCommands(&app, &session, &action);
     AddJournalCommands(&app, &session, &action);
     AddScheduleCommands(&app, &session, &action);
+    AddTableCommands(&app, &session, &action);
+    AddPrintCommands(&app, &session, &action);
+    AddTodayCommand(&app, &session, &action);
 
     NameGroups(&app);
     LimitNumbers(&app);

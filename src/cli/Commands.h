@@ -14,3 +14,7 @@ void AddArchiveCommands(CLI::App *app, Session *session, Action *action);
 void AddInvoiceCommands(CLI::App *app, Session *session, Action *action);
 void AddJournalCommands(CLI::App *app, Session *session, Action *action);
 void AddScheduleCommands(CLI::App *app, Session *session, Action *action);
+void AddTodayCommand(CLI::App *app, Session *session, Action *action);
+void AddTableCommands(CLI::App *app, Session *session, Action *action);
+/// Prints of the groups `pnota` and `tabelle`, which must be there already.
+void AddPrintCommands(CLI::App *app, Session *session, Action *action);

@@ -1,11 +1,11 @@
 #include "cli/Commands.h"
 
 #include "cli/EntryJson.h"
+#include "cli/JsonInput.h"
 #include "cli/Table.h"
 #include "ledger/EntryStorage.h"
 #include "schedule/Instalments.h"
 #include "tarvodlg/base/Dates.h"
-#include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/Numbers.h"
 #include "tarvolumera/Attachments.h"
 #include "tarvolumera/PSQLpno.h"
@@ -13,11 +13,8 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <iostream>
 
 namespace {
-
-constexpr std::size_t kJsonBytesMax = 10'000'000;
 
 struct ListOptions {
     std::string from, to;
@@ -172,19 +169,9 @@ int Show(Session *session, long number)
     return kExitDone;
 }
 
-std::string ReadInput(const std::string &file)
-{
-    if (file != "-") return ReadWholeFile(file, kJsonBytesMax);
-    std::string text(kJsonBytesMax + 1, '\0');
-    std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(std::cin.gcount()));
-    if (text.size() > kJsonBytesMax) throw RefusedError("Il documento JSON è troppo grande.");
-    return text;
-}
-
 int Store(Session *session, const std::string &file)
 {
-    const std::string text = ReadInput(file);
+    const std::string text = ReadJsonInput(file);
     session->OpenArchive();
     SAConnection connection;
     connection.Connect(lumera_db_target);

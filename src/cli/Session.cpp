@@ -4,17 +4,10 @@
 #include "tarvodlg/base/Numbers.h"
 #include "tarvolumera/Company.h"
 
-#include <cstdlib>
 #include <fmt/format.h>
 #include <unistd.h>
 
 namespace {
-
-std::string Environment(const char *name)
-{
-    const char *value = std::getenv(name);
-    return value == nullptr ? std::string{} : value;
-}
 
 std::string Dump(const nlohmann::json &value)
 {
@@ -23,27 +16,9 @@ std::string Dump(const nlohmann::json &value)
 
 } // namespace
 
-std::filesystem::path UserDataFolder()
-{
-    const std::string data_home = Environment("XDG_DATA_HOME");
-    if (!data_home.empty()) return std::filesystem::path(data_home) / "lumera";
-    const std::string home = Environment("HOME");
-    return std::filesystem::path(home.empty() ? "." : home) / ".local" / "share" / "lumera";
-}
-
-std::filesystem::path DataFolderOf(const std::string &archive)
-{
-    const std::size_t query = archive.find('?');
-    const std::string address = archive.substr(0, query);
-    const std::string database = address.substr(address.rfind('/') + 1);
-    return UserDataFolder() / (database.empty() ? "postgres" : database);
-}
-
 std::string Session::ArchiveName() const
 {
-    if (!archive.empty()) return archive;
-    const std::string named = Environment("LUMERA_ARCHIVIO");
-    return named.empty() ? (UserDataFolder() / "archivio").string() : named;
+    return archive.empty() ? DefaultArchive() : archive;
 }
 
 void Session::OpenArchive()

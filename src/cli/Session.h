@@ -1,9 +1,9 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "desk/UserFolders.h"
 #include "tarvodlg/base/ConsoleUserInterface.h"
 
-#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
@@ -38,11 +38,6 @@ struct Session {
     /// True when tables may be drawn with bold titles.
     bool Colours() const;
 };
-
-/// The data folder of this user: $XDG_DATA_HOME/lumera or ~/.local/share/lumera.
-std::filesystem::path UserDataFolder();
-/// Where the files of a PostgreSQL company go: a folder named after the database.
-std::filesystem::path DataFolderOf(const std::string &archive);
 
 /// A date option: "YYYY-MM-DD" or "DD/MM/YYYY"; 0 for an empty text. @throws UsageError naming the option
 long ParseDateOption(const std::string &option, const std::string &text);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "schedule/InstalmentRules.h"
+#include "tarvolumera/InstalmentRules.h"
 #include "tarvolumera/JournalEntry.h"
 
 #include <optional>

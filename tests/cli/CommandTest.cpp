@@ -49,7 +49,7 @@ TEST_P(UsageTest, WrongUseEndsWithTwoAndSaysWhatIsWrong)
 INSTANTIATE_TEST_SUITE_P(
     Cases, UsageTest,
     testing::Values(UsageCase{"NoCommand", {}, "Manca il comando"}, UsageCase{"UnknownCommand", {"paghe"}, "paghe"},
-                    UsageCase{"UnknownAction", {"pnota", "stampa"}, "stampa"},
+                    UsageCase{"UnknownAction", {"pnota", "annulla"}, "annulla"},
                     UsageCase{"UnknownOption", {"pnota", "elenco", "--tutto"}, "--tutto"},
                     UsageCase{"NoNumber", {"pnota", "mostra"}, "numero"},
                     UsageCase{"NumberInWords", {"pnota", "mostra", "dodici"}, "dodici"},

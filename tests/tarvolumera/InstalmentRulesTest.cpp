@@ -1,4 +1,4 @@
-#include "schedule/InstalmentRules.h"
+#include "tarvolumera/InstalmentRules.h"
 
 #include "tarvodlg/base/Dates.h"
 

@@ -1,0 +1,120 @@
+#include "desk/ui/StartPage.h"
+
+#include "desk/ui/StartCards.h"
+#include "tarvodlg/base/UserInterface.h"
+#include "tarvodlg/widgets/Field.h"
+#include "tarvodlg/widgets/FormBuilder.h"
+#include "tarvolumera/SaExceptionDisplay.h"
+
+#include <QDate>
+#include <QEvent>
+#include <QGridLayout>
+#include <QLocale>
+#include <QScrollBar>
+#include <QTimer>
+
+namespace {
+
+constexpr qint64 kCheapMs = 250, kRestMs = 60'000;
+
+/// Two cards side by side need so many characters.
+constexpr int kTwoColumns = 118;
+
+} // namespace
+
+CStartPage::CStartPage(QWidget *parent) : QScrollArea(parent)
+{
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAccessibleName(QStringLiteral("Che cosa aspetta oggi"));
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+void CStartPage::Refresh(bool by_user)
+{
+    if (lumera_db_target.empty()) return;
+    if (!by_user && since_.isValid() && cost_ms_ > kCheapMs && since_.elapsed() < kRestMs) return;
+    QElapsedTimer cost;
+    cost.start();
+    try {
+        SAConnection connection;
+        connection.Connect(lumera_db_target);
+        SACommand command(&connection);
+        shown_ = reader_.Read(&command, CurrentUserInterface().Today());
+        Show(shown_);
+    } catch (const SAException &error) {
+        ShowFault(ToQt(DescribeError(error)));
+    } catch (const std::exception &error) {
+        ShowFault(ToQt(error.what()));
+    }
+    cost_ms_ = cost.elapsed();
+    since_.start();
+}
+
+QVBoxLayout *CStartPage::NewContent()
+{
+    auto *content = new QWidget;
+    auto *column = new QVBoxLayout(content);
+    const int gap = fontMetrics().height();
+    column->setContentsMargins(gap, gap, gap, gap);
+    column->setSpacing(gap);
+    column->addWidget(HeadingLabel(ToQt(lumera_db_impo.dit_desc.str())));
+    const QDate today = QDate::fromJulianDay(CurrentUserInterface().Today());
+    column->addWidget(QuietLabel(QLocale(QLocale::Italian).toString(today, QStringLiteral("dddd d MMMM yyyy"))));
+    cards_.clear();
+    grid_ = nullptr;
+    columns_ = 0;
+    const int position = verticalScrollBar()->value();
+    setWidget(content); // the one before is deleted
+    verticalScrollBar()->setValue(position);
+    return column;
+}
+
+void CStartPage::Show(const Waiting &waiting)
+{
+    QVBoxLayout *column = NewContent();
+    grid_ = new QGridLayout;
+    grid_->setSpacing(fontMetrics().height());
+    column->addLayout(grid_);
+    column->addStretch(1);
+    cards_ = {InvoicesCard(waiting), InstalmentsCard(waiting, kCustomer), InstalmentsCard(waiting, kSupplier),
+              UnbalancedCard(waiting)};
+    Arrange();
+}
+
+void CStartPage::ShowFault(const QString &text)
+{
+    QVBoxLayout *column = NewContent();
+    column->addWidget(FaultCard(text, QStringLiteral("F5 per riprovare.")));
+    column->addStretch(1);
+}
+
+void CStartPage::Arrange()
+{
+    if (grid_ == nullptr) return;
+    const int columns = viewport()->width() >= CharactersWide(this, kTwoColumns) ? 2 : 1;
+    if (columns == columns_) return;
+    columns_ = columns;
+    for (std::size_t i = 0; i < cards_.size(); ++i)
+        grid_->addWidget(cards_[i], static_cast<int>(i) / columns, static_cast<int>(i) % columns);
+    grid_->setColumnStretch(0, 1);
+    grid_->setColumnStretch(1, columns == 2 ? 1 : 0);
+}
+
+void CStartPage::resizeEvent(QResizeEvent *event)
+{
+    QScrollArea::resizeEvent(event);
+    Arrange();
+}
+
+void CStartPage::changeEvent(QEvent *event)
+{
+    QScrollArea::changeEvent(event);
+    // Icons and quiet texts have the colours of the palette they were made with. Later, since whoever changes the
+    // colours of the program still goes through the widgets that would be deleted.
+    if (event->type() == QEvent::PaletteChange && grid_ != nullptr)
+        QTimer::singleShot(0, this, [this] {
+            if (grid_ != nullptr) Show(shown_);
+        });
+}

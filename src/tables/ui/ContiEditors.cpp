@@ -1,0 +1,61 @@
+#include "tables/ui/ContiEditors.h"
+
+#include "tables/ui/Choices.h"
+#include "tables/ui/Lookups.h"
+
+namespace {
+
+const TableEditorRegistration<CMastri> kMastri("mastri");
+const TableEditorRegistration<CConti> kConti("conti");
+const TableEditorRegistration<CSottoconti> kSottoconti("sottocon");
+
+} // namespace
+
+CMastri::CMastri(CWnd *parent) : CTableEditor("mastri", parent)
+{
+    FormBuilder form(this);
+    KeyField("mas_codice", form.Code("&Mastro", m_record.mas_codice));
+    Field("mas_desc", form.Text("&Descrizione", m_record.mas_desc));
+    Field("mas_cli", form.Flag("Mastro dei &clienti", m_record.mas_cli));
+    Field("mas_for", form.Flag("Mastro dei &fornitori", m_record.mas_for));
+}
+
+CConti::CConti(CWnd *parent) : CTableEditor("conti", parent)
+{
+    FormBuilder form(this);
+    KeyField("con_mas", form.Code("&Mastro", m_record.con_mas, Lookup("mastri")))->on_dbl_click = nullptr;
+    KeyField("con_codice", form.Code("&Conto", m_record.con_codice));
+    Field("con_desc", form.Text("&Descrizione", m_record.con_desc));
+    Field("con_cli", form.Flag("Conto di c&lienti", m_record.con_cli));
+    Field("con_for", form.Flag("Conto di &fornitori", m_record.con_for));
+}
+
+CSottoconti::CSottoconti(CWnd *parent) : CTableEditor("sottocon", parent)
+{
+    FormBuilder form(this);
+    KeyField("sot_mas", form.Code("&Mastro", m_record.sot_mas, Lookup("mastri")))->on_dbl_click = nullptr;
+    CCodeField *account =
+        KeyField("sot_con", form.Code("&Conto", m_record.sot_con, std::make_shared<TableLookup>("conti", [this] {
+                                          GetField();
+                                          return std::vector<long>{m_record.sot_mas};
+                                      })));
+    account->on_dbl_click = nullptr; // the accounts, not the sub-accounts
+    KeyField("sot_codice", form.Code("&Sottoconto", m_record.sot_codice));
+    description_ = Field("sot_desc", form.Text("&Descrizione", m_record.sot_desc));
+    list_description_ = Field("sot_desc1", form.Text("Descrizione &breve", m_record.sot_desc1));
+    Field("sot_tipo", form.Choice("&Tipo", m_record.sot_tipo, ChoicesOf("sottocon", "sot_tipo")));
+    OnLostFocusEvent(description_, [this] { return OnLostFocusEventDesc(); });
+}
+
+void CSottoconti::OnNewRecord()
+{
+    m_record.sot_tipo = "C";
+}
+
+/// Lists are narrow: what they show is the beginning of the description unless somebody wrote better.
+bool CSottoconti::OnLostFocusEventDesc()
+{
+    if (list_description_->Value().empty())
+        list_description_->SetValue(Utf8Prefix(description_->Value(), decltype(m_record.sot_desc1)().MaxLength()));
+    return true;
+}

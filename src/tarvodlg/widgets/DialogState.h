@@ -1,0 +1,35 @@
+#pragma once
+
+#include "tarvodlg/widgets/TarvoDialog.h"
+
+#include <map>
+
+class QLabel;
+
+/// What a dialog holds; for the sources of CTarvoDialog only.
+struct CTarvoDialog::State {
+    struct Binding {
+        CTarvoField *field;
+        std::function<void()> show, read;
+    };
+
+    QVBoxLayout *frame = nullptr;
+    QWidget *content = nullptr, *foot = nullptr;
+    QHBoxLayout *buttons = nullptr;
+    QLabel *status = nullptr;
+
+    std::vector<DialogCommand> commands;
+    std::vector<std::function<void(const CCmdUI &)>> show; ///< one for each command
+
+    std::vector<Binding> bindings;
+    std::map<CTarvoField *, std::function<bool()>> handlers;
+
+    CTarvoField *refused = nullptr; ///< gets the focus back once what the user is doing has run its course
+    int refusals = 0;
+    bool initialised = false;
+    bool closing = false;
+    bool changed = false;
+    bool checking = false;     ///< a field's handler is running
+    bool moving_focus = false; ///< the program moves the focus, not the user
+    bool idle_failed = false;  ///< an update handler threw; it would again at every idle moment
+};
