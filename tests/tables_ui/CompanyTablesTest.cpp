@@ -116,7 +116,9 @@ TEST_P(CompanyTablesTest, ChartWalksDownItsLevelsAndTakesANewSubAccount)
     keys::WhenNextWindowOpens([this](QWidget *editor) {
         EXPECT_EQ(TextOf(*editor, "Mastro"), "100");
         EXPECT_EQ(TextOf(*editor, "Conto"), "1");
+        EXPECT_EQ(TextOf(*editor, "Sottoconto"), "2");
         EnterTo("Descrizione");
+        EXPECT_EQ(TextOf(*editor, "Sottoconto"), "2");
         keys::Type("Spese societarie capitalizzate");
         keys::Press(Qt::Key_F2);
     });

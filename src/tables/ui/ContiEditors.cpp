@@ -23,7 +23,8 @@ CMastri::CMastri(CWnd *parent) : CTableEditor("mastri", parent)
 CConti::CConti(CWnd *parent) : CTableEditor("conti", parent)
 {
     FormBuilder form(this);
-    KeyField("con_mas", form.Code("&Mastro", m_record.con_mas, Lookup("mastri")))->on_dbl_click = nullptr;
+    CCodeField *master = KeyField("con_mas", form.Code("&Mastro", m_record.con_mas, Lookup("mastri")));
+    master->on_dbl_click = [master] { master->Browse(); }; // the masters, not the accounts
     KeyField("con_codice", form.Code("&Conto", m_record.con_codice));
     Field("con_desc", form.Text("&Descrizione", m_record.con_desc));
     Field("con_cli", form.Flag("Conto di c&lienti", m_record.con_cli));
@@ -33,13 +34,11 @@ CConti::CConti(CWnd *parent) : CTableEditor("conti", parent)
 CSottoconti::CSottoconti(CWnd *parent) : CTableEditor("sottocon", parent)
 {
     FormBuilder form(this);
-    KeyField("sot_mas", form.Code("&Mastro", m_record.sot_mas, Lookup("mastri")))->on_dbl_click = nullptr;
-    CCodeField *account =
-        KeyField("sot_con", form.Code("&Conto", m_record.sot_con, std::make_shared<TableLookup>("conti", [this] {
-                                          GetField();
-                                          return std::vector<long>{m_record.sot_mas};
-                                      })));
-    account->on_dbl_click = nullptr; // the accounts, not the sub-accounts
+    CCodeField *master = KeyField("sot_mas", form.Code("&Mastro", m_record.sot_mas, Lookup("mastri")));
+    const auto accounts = std::make_shared<TableLookup>("conti", [master] { return std::vector<long>{master->Value()}; });
+    CCodeField *account = KeyField("sot_con", form.Code("&Conto", m_record.sot_con, accounts));
+    master->on_dbl_click = [master] { master->Browse(); }; // masters and accounts, not the sub-accounts
+    account->on_dbl_click = [account] { account->Browse(); };
     KeyField("sot_codice", form.Code("&Sottoconto", m_record.sot_codice));
     description_ = Field("sot_desc", form.Text("&Descrizione", m_record.sot_desc));
     list_description_ = Field("sot_desc1", form.Text("Descrizione &breve", m_record.sot_desc1));

@@ -49,7 +49,10 @@ class ReportPreviewTest : public testing::Test {
     /// Runs the window as its caller does, with these keys typed in it.
     void InWindow(std::function<void()> steps)
     {
-        keys::WhenNextWindowOpens([steps = std::move(steps)](QWidget *) { steps(); });
+        keys::WhenNextWindowOpens([steps = std::move(steps)](QWidget *window) {
+            steps();
+            window->close();
+        });
         window_->DoModal();
     }
 
