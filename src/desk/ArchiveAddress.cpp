@@ -111,6 +111,7 @@ std::string ArchivePlace(const std::string &archive)
 {
     if (!IsPostgresTarget(archive)) return archive;
     const std::string address = WithoutPassword(archive);
-    const std::size_t start = address.find("://") + 3;
-    return address.substr(start, address.find('?') - start);
+    std::size_t start = address.find("://") + 3;
+    if (address.compare(start, 1, "/") == 0) ++start; // the host stands among the options
+    return address.substr(start, std::min(address.find('?'), address.size()) - start);
 }

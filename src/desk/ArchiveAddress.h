@@ -20,5 +20,5 @@ std::string WithPassword(std::string_view archive, std::string_view password);
 /// the environment nor in the user's password file.
 bool AsksForPassword(std::string_view error_text);
 
-/// What a person calls the place: the folder, or "utente@server/database" of an address.
+/// What a person calls the place: the folder, or "utente@server/database" of an address, as far as it names them.
 std::string ArchivePlace(const std::string &archive);

@@ -213,6 +213,27 @@ TEST_P(DeskTest, ACompanyThatIsGoneLeadsToTheChoiceWithTheReason)
     EXPECT_TRUE(Companies().List().front().is_missing);
 }
 
+TEST_P(DeskTest, EveryWindowOfTheProgramOpensByItsKeyAndLeavesWithEsc)
+{
+    desk_ = std::make_unique<CDesk>();
+    keys::Open(desk_.get());
+    const std::set<QString> no_windows = {"Verifica", "Copia di sicurezza...", "Stampa piano dei conti"};
+    for (const DeskFunction &function : DeskFunctions()) {
+        if (no_windows.contains(function.caption)) continue;
+        QString title;
+        keys::WhenNextWindowOpens([&](QWidget *window) {
+            title = window->windowTitle();
+            keys::Press(Qt::Key_Escape);
+        });
+        keys::Open(desk_.get()); // without a window manager nobody gives it the focus back
+        const auto key = QKeySequence(function.shortcut)[0];
+        keys::Press(key.key(), key.keyboardModifiers());
+        EXPECT_FALSE(title.isEmpty()) << FromQt(function.caption);
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << FromQt(function.caption);
+    }
+    EXPECT_THAT(user_.shown, IsEmpty());
+}
+
 TEST_P(DeskTest, ANewCompanyIsTypedInWithItsVatNumberCheckedOnTheWay)
 {
     bool was_refused = false;

@@ -1,25 +1,41 @@
 #include "desk/ui/ArchiveFunctions.h"
 
 #include "desk/NewCompany.h"
+#include "desk/ui/BehindProgress.h"
 #include "desk/ui/Guarded.h"
 #include "desk/ui/ListWindow.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/base/Files.h"
-#include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvolumera/SaExceptionDisplay.h"
 #include "tarvolumera/archive/ArchiveCheck.h"
 #include "tarvolumera/archive/ArchiveCopy.h"
 
 #include <fmt/format.h>
 
+namespace {
+
+/// The user has said in the window that an older copy may go; it goes when the new one is whole.
+void CopyOver(SACommand *cmd, const std::filesystem::path &file)
+{
+    if (!std::filesystem::exists(file)) {
+        CopyArchive(cmd, file);
+        return;
+    }
+    std::filesystem::path fresh = file;
+    fresh += ".nuova";
+    std::filesystem::remove(fresh);
+    CopyArchive(cmd, fresh);
+    std::filesystem::rename(fresh, file);
+}
+
+} // namespace
+
 void CheckArchiveOf(QWidget *parent)
 {
     ArchiveCheckResult result;
-    const bool done = RunUnit(LUMERA_TAG, [&](SACommand *cmd) {
-        CTarvoProgressDlg progress;
-        progress.SetStatus("Controllo dell'archivio in corso...");
-        result = CheckArchive(cmd);
+    const bool done = RunGuarded(LUMERA_TAG, [&] {
+        RunBehindProgress("Controllo dell'archivio in corso...", [&](SACommand *cmd) { result = CheckArchive(cmd); });
     });
     if (!done) return;
     const std::string looked_at = fmt::format("Controllati {} movimenti, {} righe, {} scadenze.", result.entries,
@@ -53,12 +69,7 @@ void CopyArchiveToPickedFile()
     if (picked.empty()) return;
     const std::filesystem::path &file = picked.front();
     RunGuarded(LUMERA_TAG, [&] {
-        {
-            CTarvoProgressDlg progress;
-            progress.SetStatus("Copia dell'archivio in corso...");
-            CommandScope scope(nullptr);
-            CopyArchive(scope.get(), file);
-        }
+        RunBehindProgress("Copia dell'archivio in corso...", [&](SACommand *cmd) { CopyOver(cmd, file); });
         AfxMessageBox(
             fmt::format("Copia scritta:\n{}\n\n{} KB", file.string(), std::filesystem::file_size(file) / 1024),
             MB_OK | MB_ICONINFORMATION);

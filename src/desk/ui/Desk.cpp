@@ -43,7 +43,8 @@ std::string UsualArchive()
     if (!Environment("LUMERA_ARCHIVIO").empty()) return Environment("LUMERA_ARCHIVIO");
     const Companies companies;
     if (!companies.List().empty()) return companies.List().front().archive;
-    return std::filesystem::exists(ArchiveFile(DefaultArchive())) ? DefaultArchive() : std::string{};
+    std::error_code ignored;
+    return std::filesystem::exists(ArchiveFile(DefaultArchive()), ignored) ? DefaultArchive() : std::string{};
 }
 
 } // namespace

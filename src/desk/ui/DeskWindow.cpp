@@ -193,12 +193,10 @@ bool CDesk::Open(const std::string &archive)
 
 void CDesk::ShowCompany(const QString &reason)
 {
+    working_year_ = -1; // another company has a month of its own
     const bool has_company = HasCompany();
-    setWindowTitle((has_company ? ToQt(CompanyTitle()) + QStringLiteral(" - ") : QString()) +
-                   QStringLiteral("Lumera Contabilità"));
-    company_->SetText(has_company ? ToQt(CompanyLine()) : QStringLiteral("Nessuna azienda aperta"));
+    ShowCompanyNames();
     year_->setVisible(has_company);
-    year_->setText(QStringLiteral("Esercizio %1").arg(lumera_db_impo.dit_anno));
     engine_->setVisible(has_company);
     engine_->setText(lumera_db_type == 1 ? QStringLiteral("PostgreSQL") : QStringLiteral("SQLite"));
     user_->setText(ToQt(CurrentUserInterface().UserName()));
@@ -212,6 +210,19 @@ void CDesk::ShowCompany(const QString &reason)
     if (!reason.isEmpty()) AfxMessageBox(FromQt(reason), MB_OK | MB_ICONSTOP);
     whole_->setCurrentWidget(work_);
     ShowStart();
+}
+
+void CDesk::ShowCompanyNames()
+{
+    const bool has_company = HasCompany();
+    setWindowTitle((has_company ? ToQt(CompanyTitle()) + QStringLiteral(" - ") : QString()) +
+                   QStringLiteral("Lumera Contabilità"));
+    company_->SetText(has_company ? ToQt(CompanyLine()) : QStringLiteral("Nessuna azienda aperta"));
+    year_->setText(QStringLiteral("Esercizio %1").arg(lumera_db_impo.dit_anno));
+    const long year = has_company ? lumera_db_impo.dit_anno : 0;
+    if (year == working_year_) return; // the month that is being worked in stays
+    working_year_ = year;
+    CDateField::SetFiscalYear(year);
 }
 
 void CDesk::RefreshActions()
@@ -236,11 +247,8 @@ void CDesk::Run(std::size_t function)
     // The function may have led to another company, or changed what stands in titles.
     if (lumera_db_target != before)
         ShowCompany();
-    else if (HasCompany()) {
-        company_->SetText(ToQt(CompanyLine()));
-        setWindowTitle(ToQt(CompanyTitle()) + QStringLiteral(" - Lumera Contabilità"));
-        year_->setText(QStringLiteral("Esercizio %1").arg(lumera_db_impo.dit_anno));
-    }
+    else
+        ShowCompanyNames();
 }
 
 void CDesk::OnNavigate(int row)

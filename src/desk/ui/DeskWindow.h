@@ -59,6 +59,7 @@ class CDesk : public QMainWindow {
     void OnKeys();
     void OnAbout();
     void RefreshNavigation();
+    void ShowCompanyNames(); ///< in title and status bar, and what dates are completed from
     void RefreshActions();
     bool HasCompany() const;
 
@@ -77,4 +78,5 @@ class CDesk : public QMainWindow {
     CElidedLabel *company_;
     QToolButton *year_;
     QLabel *engine_, *user_;
+    long working_year_ = -1; ///< the fiscal year that dates are completed from; -1 = none yet
 };

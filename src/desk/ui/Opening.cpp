@@ -36,9 +36,11 @@ class CRiga : public CTarvoDialog {
     Text<500> m_text;
 
   protected:
+    void OnCancel() override { EndDialog(IDCANCEL); }
     void OnOK() override
     {
-        ReadFields();
+        // As it was typed: a blank at the end of a password belongs to it.
+        m_text = field_->echoMode() == QLineEdit::Password ? FromQt(field_->text()) : field_->Value();
         if (m_text.empty()) {
             RefuseField(field_);
             return;
@@ -56,6 +58,7 @@ Attempt Try(const std::string &archive, const std::function<void(const std::stri
 {
     try {
         open(archive);
+        reason->clear(); // of an attempt before this one
         return Attempt::Done;
     } catch (const SAException &error) {
         *reason = ToQt(DescribeError(error));
@@ -76,11 +79,10 @@ Attempt TryWithPasswords(QWidget *parent, std::string *archive, const std::funct
     const std::string without = WithoutPassword(*archive);
     Attempt attempt = Try(*archive, open, reason);
     while (attempt == Attempt::WantsPassword) {
-        const QString hint =
-            HasPassword(*archive)
-                ? *reason
-                : QStringLiteral("Il server chiede una password per %1.").arg(ToQt(ArchivePlace(without)));
-        CRiga ask(QStringLiteral("Password"), hint, QStringLiteral("&Password"), true, parent);
+        if (HasPassword(*archive)) AfxMessageBox(FromQt(*reason), MB_OK | MB_ICONSTOP);
+        CRiga ask(QStringLiteral("Password"),
+                  QStringLiteral("Il server chiede una password per %1.").arg(ToQt(ArchivePlace(without))),
+                  QStringLiteral("&Password"), true, parent);
         if (ask.DoModal() != IDOK) {
             reason->clear();
             return attempt;
@@ -139,7 +141,8 @@ bool OpenDemoCompany(QWidget *parent)
 {
     const std::string folder = (UserDataFolder() / "dimostrativa").string();
     QString reason;
-    if (std::filesystem::exists(ArchiveFile(folder))) {
+    std::error_code unreadable; // the opening says why
+    if (std::filesystem::exists(ArchiveFile(folder), unreadable) || unreadable) {
         if (OpenArchiveAsking(parent, folder, &reason)) return true;
         AfxMessageBox(FromQt(reason), MB_OK | MB_ICONSTOP);
         return false;

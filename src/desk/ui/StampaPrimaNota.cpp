@@ -42,6 +42,12 @@ bool CStampaPrimaNota::OnInitDialog()
     return true;
 }
 
+/// What is asked for a print is nothing to lose.
+void CStampaPrimaNota::OnCancel()
+{
+    EndDialog(IDCANCEL);
+}
+
 void CStampaPrimaNota::OnOK()
 {
     if (!LeaveFocusedField()) return;
@@ -56,5 +62,4 @@ void CStampaPrimaNota::OnOK()
         return refuse(n_stop_, "Il secondo numero è prima del primo.");
     SetStatus({});
     Guarded(LUMERA_TAG, [&] { PrintJournalList(filter_); });
-    SetChanged(false); // what was asked for a print is nothing to lose
 }

@@ -11,6 +11,7 @@ class CStampaPrimaNota : public CTarvoDialog {
   protected:
     bool OnInitDialog() override;
     void OnOK() override; ///< prints; the dialog stays for the next print
+    void OnCancel() override;
 
   private:
     JournalPrintFilter filter_;
