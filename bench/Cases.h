@@ -7,6 +7,8 @@
 
 /// The highest good ratio of our time to the bare library's.
 inline constexpr double kTimeTarget = 1.5;
+/// The same for memory that must not grow with the work.
+inline constexpr double kMemoryTarget = 1.1;
 
 /// Storing entries, one commit each, against the client library alone.
 void MeasureStoring(const BenchPlaces &places, SAEngine engine, long entries, Findings &findings);
@@ -23,6 +25,14 @@ void MeasureMemory(const BenchArchive &archive, long entries, Findings &findings
 
 /// The process MeasureMemory starts: lists and prints its own peak in kB. @return exit code
 int RunMemoryProbe(long entries);
+
+/// Printing the journal list of `entries` entries to a PDF: against its query alone, and in time for each entry and in
+/// peak memory against a tenth of them.
+void MeasurePrinting(const BenchPlaces &places, const BenchArchive &archive, long entries, Findings &findings);
+
+/// The process MeasurePrinting starts: prints the seconds of the PDF, those of the query, its peak in kB and the pages.
+/// @param folder  for the file   @return exit code
+int RunPrintProbe(const std::filesystem::path &folder, long entries);
 
 /// Reading FatturaPA files, against the XML parser alone.
 /// @param samples  folder with plain .xml invoices

@@ -17,7 +17,7 @@ struct Options {
     std::filesystem::path samples = std::filesystem::path(LUMERA_SOURCE_DIR) / "samples" / "fatture";
     std::string only;
     bool json = false, verbose = false;
-    long memory_probe = 0;
+    long memory_probe = 0, print_probe = 0;
 
     long Stored() const { return entries != 0 ? entries : 5'000; }
     long Listed() const { return entries != 0 ? entries : 100'000; }
@@ -47,12 +47,14 @@ class TemporaryFolder {
 void MeasureEngine(const Options &options, const BenchPlaces &places, SAEngine engine, Findings &findings)
 {
     if (options.Wants("store")) MeasureStoring(places, engine, options.Stored(), findings);
-    if (!options.Wants("list") && !options.Wants("browse") && !options.Wants("memory")) return;
+    if (!options.Wants("list") && !options.Wants("browse") && !options.Wants("memory") && !options.Wants("print"))
+        return;
     const BenchArchive archive(places, engine, "listing");
     archive.FillJournal(options.Listed());
     if (options.Wants("list")) MeasureListing(archive, options.Listed(), findings);
     if (options.Wants("browse")) MeasureBrowsing(archive, options.Listed(), options.verbose, findings);
     if (options.Wants("memory")) MeasureMemory(archive, options.Listed(), findings);
+    if (options.Wants("print")) MeasurePrinting(places, archive, options.Listed(), findings);
 }
 
 void MeasureAll(const Options &options, Findings &findings)
@@ -83,16 +85,18 @@ int main(int argc, char **argv)
         ->check(CLI::ExistingDirectory);
     app.add_option("--samples", options.samples, "Folder with FatturaPA files")->check(CLI::ExistingDirectory);
     app.add_option("--only", options.only, "One group of cases")
-        ->check(CLI::IsMember({"store", "list", "browse", "memory", "read", "grid"}));
+        ->check(CLI::IsMember({"store", "list", "browse", "memory", "print", "read", "grid"}));
     app.add_flag("--json", options.json, "Print the findings as JSON");
     app.add_flag("--verbose", options.verbose, "Print the plans of the browse queries");
     app.add_option("--memory-probe", options.memory_probe)->group("");
+    app.add_option("--print-probe", options.print_probe)->group("");
     CLI11_PARSE(app, argc, argv);
 
     Findings findings;
     int exit_code = 0;
     try {
         if (options.memory_probe > 0) return RunMemoryProbe(options.memory_probe);
+        if (options.print_probe > 0) return RunPrintProbe(options.folder, options.print_probe);
         MeasureAll(options, findings);
     } catch (const std::exception &error) {
         fmt::print(stderr, "{}\n", error.what());

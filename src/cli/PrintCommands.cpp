@@ -3,6 +3,7 @@
 #include "ledger/JournalPrint.h"
 #include "tables/ChartPrint.h"
 #include "tarvodlg/base/Files.h"
+#include "tarvodlg/print/Interruption.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -54,6 +55,7 @@ int PrintJournal(Session *session, JournalOptions options)
     options.filter.d_start = ParseDateOption("--dal", options.from_day);
     options.filter.d_stop = ParseDateOption("--al", options.to_day);
     session->OpenArchive();
+    const InterruptionGuard guard;
     return Finish(*session, PrintJournalList(options.filter, destination), destination);
 }
 
@@ -61,6 +63,7 @@ int PrintChart(Session *session, const ChartOptions &options)
 {
     const ReportDestination destination = DestinationOf(options.file);
     session->OpenArchive();
+    const InterruptionGuard guard;
     return Finish(*session, PrintChartOfAccounts(options.first, options.last, destination), destination);
 }
 

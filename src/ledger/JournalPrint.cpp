@@ -7,6 +7,7 @@
 #include "tarvolumera/Lookups.h"
 #include "tarvolumera/SaExceptionDisplay.h"
 
+#include <algorithm>
 #include <fmt/printf.h>
 
 namespace {
@@ -23,9 +24,10 @@ void CompleteBounds(SACommand *cmd, JournalPrintFilter *filter)
         return date.IsNull() ? otherwise : DateToJulian(date.GetDay(), date.GetMonth(), date.GetYear());
     };
     const int year = static_cast<int>(lumera_db_impo.dit_anno);
-    if (filter->n_stop == 0) filter->n_stop = query.Field("ultimo").asLong();
     if (filter->d_start == 0) filter->d_start = day("dal", DateToJulian(1, 1, year));
-    if (filter->d_stop == 0) filter->d_stop = day("al", DateToJulian(31, 12, year));
+    // What begins behind the last entry is empty, but has no end before its beginning.
+    if (filter->n_stop == 0) filter->n_stop = std::max(filter->n_start, query.Field("ultimo").asLong());
+    if (filter->d_stop == 0) filter->d_stop = std::max(filter->d_start, day("al", DateToJulian(31, 12, year)));
 }
 
 std::string FormulaOf(const JournalPrintFilter &filter)

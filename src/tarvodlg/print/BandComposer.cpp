@@ -31,15 +31,18 @@ BandComposer::BandComposer(const ReportLayout &layout, const ReportColumns &colu
 void BandComposer::CheckColumns() const
 {
     ForEachBand(layout_, [&](const ReportBand &band) {
-        for (const ReportItem &item : band.items)
-            if (item.kind == ItemKind::Field) columns_.Require(layout_, item.line, item.text);
+        RequireColumns(band.when, columns_, layout_, band.place);
+        for (const ReportItem &item : band.items) {
+            RequireColumns(item.when, columns_, layout_, item.place);
+            if (item.kind == ItemKind::Field) columns_.Require(layout_, item.place, item.text);
+        }
     });
 }
 
 void BandComposer::Compose(const ReportBand &band, const BandSource &source, BandPicture *picture)
 {
     picture->Clear();
-    picture->line = band.line;
+    picture->place = band.place;
     if (!Holds(band.when, columns_, source.row, *parameters_, source.place)) return;
     picture->height = band.height;
     for (const ReportItem &item : band.items)
@@ -105,7 +108,9 @@ std::string BandComposer::ItemText(const ReportItem &item, const BandSource &sou
 
 TextStyle BandComposer::StyleOf(const ReportItem &item) const
 {
-    return {layout_.font, item.size > 0 ? item.size : layout_.size, item.bold, item.italic, item.color};
+    const bool is_number = item.kind == ItemKind::Sum || item.kind == ItemKind::Running ||
+                           item.kind == ItemKind::Count || item.kind == ItemKind::Page || IsNumberFormat(item.format);
+    return {layout_.font, item.size > 0 ? item.size : layout_.size, item.bold, item.italic, item.color, is_number};
 }
 
 void BandComposer::PutText(const ReportItem &item, std::string text, BandPicture *picture)

@@ -17,6 +17,6 @@ void BandPicture::Append(const BandPicture &other, double x)
         marks.back().x += x;
         marks.back().y += top;
     }
-    if (line == 0) line = other.line;
+    if (place.line == 0) place = other.place;
     height += other.height;
 }

@@ -16,7 +16,7 @@ struct BandPicture {
     double height = 0;
     std::vector<Mark> marks;
     std::vector<double> cuts; ///< heights at which a page may end in its middle, ascending
-    std::size_t line = 0;     ///< of the band in the layout, for messages
+    LayoutPlace place;        ///< of the band in the layout, for messages
 
     void Clear();
     /// Puts another picture at x and below everything so far; a page may end between the two.

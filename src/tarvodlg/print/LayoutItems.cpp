@@ -164,7 +164,7 @@ ReportItem ReadItem(const LayoutScope &scope, const ReportBand &band, pugi::xml_
     const LayoutElement element(scope.xml, node, AttributesOf(*rule));
     ReportItem item;
     item.kind = rule->kind;
-    item.line = scope.xml.LineOf(node);
+    item.place = scope.xml.PlaceOf(node);
     item.x = element.Number("x", 0, 0, 1000);
     item.y = element.Number("y", 0, 0, 1000);
     item.w = element.Number("w", 0, 0, 1000);

@@ -207,6 +207,7 @@ void Reader::ReadQuery()
     const LayoutElement element(xml_, query, "");
     for (const pugi::xml_node part : query.children())
         if (part.type() == pugi::node_element) xml_.Fail(part, fmt::format("elemento sconosciuto <{}>", part.name()));
+    layout_.query_place = xml_.PlaceOf(query);
     layout_.query = Trimmed(LayoutXml::TextOf(query));
     if (layout_.query.empty()) element.Fail("la query è vuota");
     if (layout_.query.size() > kQueryBytesMax) element.Fail(fmt::format("query più lunga di {} byte", kQueryBytesMax));
@@ -239,8 +240,13 @@ void Reader::CheckStatement(pugi::xml_node query) const
 {
     bool is_one = true;
     SqlLexer lexer(layout_.query);
-    for (SqlToken token; lexer.Next(token);)
+    for (SqlToken token; lexer.Next(token);) {
         if (token.IsSymbol(';')) is_one = false;
+        // It would select nothing there, and the whole archive be printed under the heads of a selection.
+        const bool is_code = token.kind == SqlTokenKind::Symbol || token.kind == SqlTokenKind::Word;
+        if (!is_code && token.text.find("{selection}") != std::string_view::npos)
+            xml_.FailAtWords(query, token.text, "{selection} sta in un commento o fra virgolette");
+    }
     if (!is_one || !StatementKind::Of(layout_.query).reads_only)
         xml_.Fail(query, "la query deve essere una sola SELECT");
     for (const std::string &name : ParameterNames(layout_.query))
@@ -253,7 +259,7 @@ ReportBand Reader::ReadBand(pugi::xml_node node, BandKind kind) const
     const LayoutElement element(xml_, node, kBandAttributes);
     ReportBand band;
     band.kind = kind;
-    band.line = xml_.LineOf(node);
+    band.place = xml_.PlaceOf(node);
     element.Required("height");
     band.height = element.Number("height", 0, 0, 1000);
     const bool is_page_band = kind == BandKind::PageHeader || kind == BandKind::PageFooter;
@@ -272,6 +278,7 @@ void Reader::ReadGroup(pugi::xml_node node)
 {
     const LayoutElement element(xml_, node, "by new-page keep");
     ReportGroup group;
+    group.place = xml_.PlaceOf(node);
     const std::string by = element.Required("by");
     for (std::size_t begin = 0; begin <= by.size();) {
         const std::size_t end = std::min(by.find(',', begin), by.size());

@@ -103,10 +103,17 @@ std::size_t LayoutXml::OffsetOf(pugi::xml_node element, std::string_view attribu
     }
 }
 
-std::size_t LayoutXml::LineOf(pugi::xml_node element) const
+LayoutPlace LayoutXml::PlaceOf(pugi::xml_node element) const
 {
-    const std::string_view before = text_.substr(0, OffsetOf(element));
-    return 1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+    return PlaceAt(OffsetOf(element));
+}
+
+LayoutPlace LayoutXml::PlaceAt(std::size_t offset) const
+{
+    const std::string_view before = text_.substr(0, std::min(offset, text_.size()));
+    const auto lines = static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+    const std::size_t line_begin = before.rfind('\n') + 1; // npos + 1 is 0
+    return {1 + lines, 1 + Utf8Length(before.substr(line_begin))};
 }
 
 std::string LayoutXml::TextOf(pugi::xml_node element)
@@ -118,11 +125,8 @@ std::string LayoutXml::TextOf(pugi::xml_node element)
 
 void LayoutXml::FailAt(std::size_t offset, const std::string &what) const
 {
-    const std::string_view before = text_.substr(0, std::min(offset, text_.size()));
-    const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-    const std::size_t line_begin = before.rfind('\n') + 1; // npos + 1 is 0
-    throw ReportError(
-        fmt::format("{}, riga {}, colonna {}: {}", file_, line, 1 + Utf8Length(before.substr(line_begin)), what));
+    const LayoutPlace place = PlaceAt(offset);
+    throw ReportError(fmt::format("{}, riga {}, colonna {}: {}", file_, place.line, place.column, what));
 }
 
 void LayoutXml::Fail(pugi::xml_node element, const std::string &what) const

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tarvodlg/print/ReportError.h"
-#include "tarvodlg/print/SelectionFormula.h"
+#include "tarvodlg/print/ReportLayout.h"
 
 #include <pugixml.hpp>
 
@@ -24,13 +24,14 @@ class LayoutXml {
     /// At the first occurrence of some words inside the element; at the element when they are not found.
     [[noreturn]] void FailAtWords(pugi::xml_node element, std::string_view words, const std::string &what) const;
 
-    std::size_t LineOf(pugi::xml_node element) const;
+    LayoutPlace PlaceOf(pugi::xml_node element) const;
     /// The text directly inside the element; a comment or a CDATA section in it does not end it.
     static std::string TextOf(pugi::xml_node element);
 
   private:
     std::size_t OffsetOf(pugi::xml_node element) const;
     std::size_t OffsetOf(pugi::xml_node element, std::string_view attribute) const;
+    LayoutPlace PlaceAt(std::size_t offset) const;
     [[noreturn]] void FailAt(std::size_t offset, const std::string &what) const;
 
     std::string_view text_;

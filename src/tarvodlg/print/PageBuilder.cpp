@@ -1,7 +1,5 @@
 #include "tarvodlg/print/PageBuilder.h"
 
-#include <fmt/format.h>
-
 namespace {
 
 /// Heights are sums of tenths of millimetres; a band that just fits must not be moved on for the last bit of a double.
@@ -78,7 +76,7 @@ void PageBuilder::Split(const BandPicture &picture)
         for (const double candidate : picture.cuts)
             if (candidate > cut && y_ + candidate - from <= bottom_ + kTolerance) cut = candidate;
         if (cut == from && y_ <= top_)
-            throw ReportError(fmt::format("{}, riga {}: la banda è più alta della pagina", layout_.file, picture.line));
+            throw ReportError(layout_.Words(picture.place) + ": la banda è più alta della pagina");
         Draw(picture, from, cut);
         from = cut;
         EndPage();

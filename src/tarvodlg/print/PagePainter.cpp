@@ -10,6 +10,8 @@
 #include <QPainter>
 #include <array>
 #include <clocale>
+#include <cmath>
+#include <fmt/format.h>
 
 namespace {
 
@@ -47,6 +49,54 @@ class PageFont {
     std::array<double, 0x180> widths_;
 };
 
+/// As one line: what ends a line or moves along it shows as a blank.
+QString OnLine(std::string_view text)
+{
+    QString line = ToQString(text);
+    for (QChar &letter : line)
+        if (letter.category() == QChar::Other_Control || letter == QChar::LineSeparator ||
+            letter == QChar::ParagraphSeparator)
+            letter = QLatin1Char(' ');
+    return line;
+}
+
+/// Letters so much smaller, but still to be read. Half points, so that few fonts are made.
+TextStyle Shrunk(TextStyle style, double part)
+{
+    constexpr double kSmallest = 3, kSteps = 2;
+    style.size = std::max(kSmallest, std::floor(style.size * part * kSteps) / kSteps);
+    return style;
+}
+
+/// The picture, with no more dots than the device has in its room. Null for what is no picture, or one too large for
+/// Qt to unpack.
+QImage ReadImage(const std::filesystem::path &file, const QSize &room)
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) return {}; // a pipe would be waited for
+    QImageReader reader(ToQString(file.string()));
+    const QSize size = reader.size(), less = size.scaled(room, Qt::KeepAspectRatio);
+    const bool is_large = size.width() > less.width() && !less.isEmpty();
+    if (is_large && reader.supportsOption(QImageIOHandler::ScaledSize)) {
+        reader.setScaledSize(less);
+        return reader.read();
+    }
+    constexpr qint64 kBytesPerDot = 4, kMegabyte = 1 << 20;
+    if (qint64{size.width()} * size.height() * kBytesPerDot > QImageReader::allocationLimit() * kMegabyte) return {};
+    const QImage image = reader.read();
+    return is_large && !image.isNull() ? image.scaled(less, Qt::IgnoreAspectRatio, Qt::SmoothTransformation) : image;
+}
+
+/// How many letters of a word find room; one at least, and none of two halves.
+template <class Width>
+qsizetype FittingLetters(const QString &word, double width, Width width_of)
+{
+    qsizetype count = 1;
+    while (count < word.size() && width_of(word.left(count + 1)) <= width) ++count;
+    if (count < word.size() && word[count - 1].isHighSurrogate()) count += count > 1 ? -1 : 1;
+    return count;
+}
+
 Qt::AlignmentFlag FlagOf(ItemAlign align)
 {
     switch (align) {
@@ -71,7 +121,7 @@ struct PagePainter::State {
 
     double Dots(double millimetres) const { return millimetres * device->logicalDpiX() / kMillimetresPerInch; }
     const PageFont &Font(const TextStyle &style);
-    const QImage &ImageOf(const std::filesystem::path &file);
+    const QImage &ImageOf(const std::filesystem::path &file, const QSizeF &room);
 };
 
 const PageFont &PagePainter::State::Font(const TextStyle &style)
@@ -95,10 +145,11 @@ const PageFont &PagePainter::State::Font(const TextStyle &style)
 }
 
 // One image for all pages: a PDF then stores it once.
-const QImage &PagePainter::State::ImageOf(const std::filesystem::path &file)
+const QImage &PagePainter::State::ImageOf(const std::filesystem::path &file, const QSizeF &room)
 {
-    const auto [entry, is_new] = images.try_emplace(file.string());
-    if (is_new) entry->second = QImageReader(ToQString(file.string())).read();
+    const auto key = fmt::format("{}|{:.0f}|{:.0f}", file.string(), room.width(), room.height());
+    const auto [entry, is_new] = images.try_emplace(key);
+    if (is_new) entry->second = ReadImage(file, room.toSize());
     return entry->second;
 }
 
@@ -123,13 +174,17 @@ void PagePainter::BeginPage(long)
 
 void PagePainter::Text(double x, double y, double w, ItemAlign align, const TextStyle &style, const std::string &text)
 {
-    const PageFont &font = state_->Font(style);
-    const double width = state_->Dots(w);
-    QString shown = ToQString(text);
-    double length = font.WidthOf(shown);
+    const PageFont *font = &state_->Font(style);
+    const double width = state_->Dots(w), ascent = font->metrics.ascent();
+    QString shown = OnLine(text);
+    double length = font->WidthOf(shown);
+    if (w > 0 && length > width && style.shrinks) {
+        font = &state_->Font(Shrunk(style, width / length));
+        length = font->WidthOf(shown);
+    }
     if (w > 0 && length > width) {
-        shown = font.metrics.elidedText(shown, Qt::ElideRight, width);
-        length = font.WidthOf(shown);
+        shown = font->metrics.elidedText(shown, Qt::ElideRight, width);
+        length = font->WidthOf(shown);
     }
     double left = state_->Dots(x);
     if (FlagOf(align) == Qt::AlignRight) left += width - length;
@@ -137,8 +192,8 @@ void PagePainter::Text(double x, double y, double w, ItemAlign align, const Text
     QPainter &painter = state_->painter;
     const QPen pen = painter.pen();
     if (!style.color.empty()) painter.setPen(QColor(ToQString(style.color)));
-    painter.setFont(font.font);
-    painter.drawText(QPointF(left, state_->Dots(y) + font.metrics.ascent()), shown);
+    painter.setFont(font->font);
+    painter.drawText(QPointF(left, state_->Dots(y) + ascent), shown);
     if (!style.color.empty()) painter.setPen(pen);
 }
 
@@ -154,9 +209,9 @@ void PagePainter::Box(double x, double y, double w, double h)
 
 void PagePainter::Image(double x, double y, double w, double h, const std::filesystem::path &file)
 {
-    const QImage &image = state_->ImageOf(file);
-    if (image.isNull()) return;
     const QSizeF room(state_->Dots(w), state_->Dots(h));
+    const QImage &image = state_->ImageOf(file, room);
+    if (image.isNull()) return;
     const QSizeF size = QSizeF(image.size()).scaled(room, Qt::KeepAspectRatio);
     state_->painter.drawImage(QRectF(QPointF(state_->Dots(x), state_->Dots(y)), size), image);
 }
@@ -167,6 +222,7 @@ std::vector<std::string> PagePainter::Wrapped(double w, const TextStyle &style, 
 {
     const PageFont &font = state_->Font(style);
     const double width = state_->Dots(w);
+    const auto width_of = [&font](const QString &words) { return font.WidthOf(words); };
     std::vector<std::string> lines;
     for (const QString &paragraph : ToQString(text).split('\n')) {
         QString line;
@@ -177,6 +233,12 @@ std::vector<std::string> PagePainter::Wrapped(double w, const TextStyle &style, 
                 line = word;
             } else {
                 line = longer;
+            }
+            while (line.size() > 1 && font.WidthOf(line) > width) { // a word without end
+                const qsizetype count = FittingLetters(line, width, width_of);
+                if (count == line.size()) break;
+                lines.push_back(line.left(count).toStdString());
+                line.remove(0, count);
             }
         }
         lines.push_back(line.toStdString());

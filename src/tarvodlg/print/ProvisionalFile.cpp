@@ -23,6 +23,14 @@ std::filesystem::path NewName(const std::filesystem::path &target)
     return folder / fmt::format(".lumera-{}-{:08x}.tmp", ::getpid(), counter++);
 }
 
+/// What a link leads to: the rename must replace the file, not the link to it.
+std::filesystem::path BehindLinks(const std::filesystem::path &target)
+{
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(target, error);
+    return error ? target : real;
+}
+
 /// Some mounted shares cannot sync; they write through instead. @return 0 or an errno
 int Sync(int descriptor)
 {
@@ -36,15 +44,20 @@ void FailWriting(const std::filesystem::path &file, const std::string &reason)
     throw FileError(fmt::format("Impossibile scrivere il file \"{}\": {}", OnOneLine(file.string()), reason));
 }
 
-ProvisionalFile::ProvisionalFile(const std::filesystem::path &target) : target_(target), path_(NewName(target))
+ProvisionalFile::ProvisionalFile(const std::filesystem::path &target)
+    : target_(BehindLinks(target)), path_(NewName(target_))
 {
     struct stat before = {};
     const bool exists = ::stat(target_.c_str(), &before) == 0;
     if (exists && S_ISDIR(before.st_mode)) Fail(EISDIR); // better now than after a long run
+    // The rename would put a file in the place of a device or a pipe.
+    if (exists && !S_ISREG(before.st_mode)) FailWriting(target_, "non è un file di dati");
+    // The folder decides what may be renamed, so that a file protected by its owner would be lost without a word.
+    if (exists && ::access(target_.c_str(), W_OK) != 0) Fail(errno);
     file_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
     if (file_ < 0) Fail(errno);
     // Keeps what others may do with the file.
-    if (exists && S_ISREG(before.st_mode)) static_cast<void>(::fchmod(file_, before.st_mode & 07777));
+    if (exists) static_cast<void>(::fchmod(file_, before.st_mode & 07777));
     buffer_.reserve(kBufferBytes);
 }
 

@@ -97,12 +97,11 @@ std::size_t ReportColumns::Find(std::string_view name) const
     return kNone;
 }
 
-std::size_t ReportColumns::Require(const ReportLayout &layout, std::size_t line, std::string_view name) const
+std::size_t ReportColumns::Require(const ReportLayout &layout, LayoutPlace place, std::string_view name) const
 {
     const std::size_t column = Find(name);
     if (column == kNone)
-        throw ReportError(
-            fmt::format("{}, riga {}: l'interrogazione non dà la colonna \"{}\"", layout.file, line, name));
+        throw ReportError(fmt::format("{}: la query non dà la colonna \"{}\"", layout.Words(place), name));
     return column;
 }
 
@@ -157,6 +156,13 @@ struct ValueText {
 std::string FormatValue(const ReportValue &value, std::string_view format)
 {
     return std::visit(ValueText{format}, value);
+}
+
+void RequireColumns(const SelectionFormula &when, const ReportColumns &columns, const ReportLayout &layout,
+                    LayoutPlace place)
+{
+    for (const SelectionFormula::Column &used : when.Columns())
+        if (!PagePlace::Has(used.column)) columns.Require(layout, place, used.column);
 }
 
 bool Holds(const SelectionFormula &when, const ReportColumns &columns, const ReportRow *row,

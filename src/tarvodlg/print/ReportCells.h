@@ -40,8 +40,8 @@ class ReportColumns {
     void Assign(std::vector<std::string> names);
     std::size_t Count() const { return names_.size(); }
     std::size_t Find(std::string_view name) const; ///< kNone when missing
-    /// @throws ReportError "pnotagest.rpt, riga 12: ..."
-    std::size_t Require(const ReportLayout &layout, std::size_t line, std::string_view name) const;
+    /// @throws ReportError "pnotagest.rpt, riga 12, colonna 5: ..."
+    std::size_t Require(const ReportLayout &layout, LayoutPlace place, std::string_view name) const;
 
   private:
     std::vector<std::string> names_;
@@ -60,7 +60,15 @@ std::string FormatValue(const ReportValue &value, std::string_view format);
 struct PagePlace {
     long page_index = 1; ///< pages of this print, from 1: {row.report_page}
     bool at_end = false; ///< the last page: {row.report_end} is 1
+
+    /// True for the names of the two, which no query has to give.
+    static bool Has(std::string_view name) { return name == "report_page" || name == "report_end"; }
 };
+
+/// Looks up the columns that a when= asks for: a misspelt one would be NULL in every row, and what depends on it never
+/// be printed. @throws ReportError
+void RequireColumns(const SelectionFormula &when, const ReportColumns &columns, const ReportLayout &layout,
+                    LayoutPlace place);
 
 /// Whether a when= holds. @param row  null when there is none: every column is NULL
 bool Holds(const SelectionFormula &when, const ReportColumns &columns, const ReportRow *row,

@@ -1,6 +1,7 @@
 #include "tarvodlg/print/ReportFlow.h"
 
 #include "tarvodlg/base/Text.h"
+#include "tarvodlg/print/Interruption.h"
 
 #include <fmt/format.h>
 
@@ -44,7 +45,7 @@ void ReportFlow::BeginRun(const ReportValues &parameters)
     for (const ReportGroup &group : layout_.groups) {
         std::vector<std::size_t> &columns = group_columns_.emplace_back();
         for (const std::string &name : group.by)
-            columns.push_back(query_.Columns().Require(layout_, group.header ? group.header->line : 0, name));
+            columns.push_back(query_.Columns().Require(layout_, group.place, name));
     }
     carried_ = totals_.Report();
     coming_ = printed_ = nullptr;
@@ -58,6 +59,7 @@ long ReportFlow::Run(const ReportValues &parameters, BandTarget &target, const s
     PutBand(BandKind::ReportHeader, target);
     long rows = 0;
     for (; there; there = query_.Fetch(&row_)) {
+        RequireNotInterrupted();
         const std::size_t first = rows == 0 ? 0 : FirstChangedGroup();
         if (rows > 0) CloseGroups(first, target);
         coming_ = &row_;
@@ -152,8 +154,7 @@ void ReportFlow::RunSubReport(const ReportItem &item, const ReportRow &row, Band
     const auto sub = std::find_if(layout_.subreports.begin(), layout_.subreports.end(),
                                   [&](const auto &one) { return one->name == item.text; });
     if (sub == layout_.subreports.end())
-        throw ReportError(
-            fmt::format("{}, riga {}: non c'è il sotto-report \"{}\"", layout_.file, item.line, item.text));
+        throw ReportError(fmt::format("{}: non c'è il sotto-report \"{}\"", layout_.Words(item.place), item.text));
     std::unique_ptr<ReportFlow> &flow = sub_reports_[&item];
     if (!flow) {
         const double width = item.w > 0 ? item.w : width_ - item.x;
@@ -207,9 +208,9 @@ ReportValues ReportFlow::LinkedParameters(const ReportItem &item, const ReportLa
         if (source.starts_with('?'))
             values[name] = parameters_.at(source.substr(1));
         else if (type != sub.parameters.end())
-            values[name] = CellAs(row, query_.Columns().Require(layout_, item.line, source), type->type);
+            values[name] = CellAs(row, query_.Columns().Require(layout_, item.place, source), type->type);
         else
-            values[name] = row.Text(query_.Columns().Require(layout_, item.line, source));
+            values[name] = row.Text(query_.Columns().Require(layout_, item.place, source));
     }
     return CheckedParameters(sub, values);
 }

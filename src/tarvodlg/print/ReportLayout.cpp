@@ -32,6 +32,11 @@ const ReportBand *ReportLayout::Band(BandKind kind) const
     return found == bands.end() ? nullptr : &*found;
 }
 
+std::string ReportLayout::Words(LayoutPlace place) const
+{
+    return fmt::format("{}, riga {}, colonna {}", file, place.line, place.column);
+}
+
 PaperSize PaperSizeOf(std::string_view paper, bool landscape)
 {
     PaperSize size{210, 297};
@@ -55,7 +60,9 @@ ReportLayout LoadLayout(const std::string &file)
     if (!lumera_db_folder.empty()) {
         const fs::path own = lumera_db_folder / "report" / file;
         std::error_code error;
-        if (fs::exists(own, error) || error) return ParseLayout(ReadWholeFile(own, kLayoutBytesMax), file);
+        // A link to nothing is the company's own as well, and must not be passed over in silence.
+        if (fs::symlink_status(own, error).type() != fs::file_type::not_found)
+            return ParseLayout(ReadWholeFile(own, kLayoutBytesMax), file);
     }
     const std::string_view resource = LayoutResourceText(file);
     if (resource.empty()) throw ReportError(fmt::format("Report \"{}\" inesistente", file));

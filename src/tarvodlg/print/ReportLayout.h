@@ -44,11 +44,16 @@
 //
 // format= of numbers: "0", "0,00" (thousands points, comma), "0,00z" (zero prints empty), of dates "date"; of any
 // number "code". when= is a formula over {row.column} and {?parameter}. A text wider than its w is cut with "…", or
-// goes on to further lines with wrap="yes" (the band grows).
+// goes on to further lines with wrap="yes" (the band grows). A number is never cut: it gets smaller letters.
 
 enum class BandKind { ReportHeader, PageHeader, GroupHeader, Detail, GroupFooter, ReportFooter, PageFooter };
 enum class ItemKind { Text, Field, Param, Page, Sum, Count, Running, Line, Box, Image, Subreport };
 enum class ItemAlign { Left, Right, Center };
+
+/// Where something stands in the layout file, from 1; for messages.
+struct LayoutPlace {
+    std::size_t line = 0, column = 0;
+};
 
 struct ReportItem {
     ItemKind kind = ItemKind::Text;
@@ -61,7 +66,7 @@ struct ReportItem {
     std::string color; ///< "#rrggbb"; empty = black
     std::string format;
     SelectionFormula when;
-    std::size_t line = 0; ///< in the layout file, for messages
+    LayoutPlace place;
 };
 
 struct ReportBand {
@@ -69,7 +74,7 @@ struct ReportBand {
     double height = 0; ///< mm
     SelectionFormula when;
     std::vector<ReportItem> items;
-    std::size_t line = 0;
+    LayoutPlace place;
 };
 
 struct ReportGroup {
@@ -77,6 +82,7 @@ struct ReportGroup {
     bool new_page = false;       ///< each group begins on a page of its own
     bool keep = true;            ///< the header is not left alone at the foot of a page
     std::optional<ReportBand> header, footer;
+    LayoutPlace place;
 };
 
 struct ReportTable {
@@ -99,6 +105,7 @@ struct ReportLayout {
     double size = 8; ///< points
     std::vector<ReportTable> tables;
     std::string query;
+    LayoutPlace query_place;
     std::vector<ReportParameter> parameters;
     std::vector<ReportGroup> groups;
     std::vector<ReportBand> bands; ///< all but those of the groups; details in their order
@@ -106,6 +113,8 @@ struct ReportLayout {
     std::string name; ///< of a sub-report
 
     const ReportBand *Band(BandKind kind) const; ///< null when the layout has none
+    /// "pnotagest.rpt, riga 12, colonna 5", with which messages about a part of the layout begin.
+    std::string Words(LayoutPlace place) const;
 };
 
 struct PaperSize {

@@ -12,6 +12,7 @@ namespace {
 constexpr const char *kSelectionPrefix = "selezione_";
 constexpr const char *kCursor = "lumera_stampa";
 constexpr int kPortion = 500;
+constexpr std::size_t kReasonMax = 300; ///< characters of an engine's message, which may repeat the query
 
 SADateTime CalendarDate(long day)
 {
@@ -26,6 +27,13 @@ struct ValueBinder {
     void operator()(const std::string &text) const { parameter->setAsString(text); }
     void operator()(ReportDate date) const { parameter->setAsDateTime(CalendarDate(date.day)); }
 };
+
+/// The query itself is wrong, as against an archive that is busy or gone: who wrote the layout has to mend it.
+bool IsFaultOfText(const SAException &error)
+{
+    const bool is_of_text = error.Fault() == SAFault::Other || error.Fault() == SAFault::RelationNotFound;
+    return is_of_text && error.ErrClass() == SA_DBMS_API_Error;
+}
 
 ReportValue ParameterValue(const ReportLayout &layout, const ReportValues &parameters, std::string_view name)
 {
@@ -130,13 +138,23 @@ void ReportQuery::Open(const ReportValues &parameters)
     const std::string text = Text(selection.condition);
     command_.setCommandText(in_portions_ ? fmt::format("DECLARE {} NO SCROLL CURSOR FOR {}", kCursor, text) : text);
     Bind(parameters, selection);
-    command_.Execute();
-    if (in_portions_) {
-        is_cursor_open_ = true;
-        fetch_.setCommandText(fmt::format("FETCH FORWARD {} FROM {}", kPortion, kCursor));
-        fetch_.Execute();
+    try {
+        Execute();
+    } catch (const SAException &error) {
+        if (!IsFaultOfText(error)) throw;
+        throw ReportError(fmt::format("{}: la query non si può eseguire: {}", layout_.Words(layout_.query_place),
+                                      Utf8Prefix(OnOneLine(error.ErrText()), kReasonMax)));
     }
     ReadColumns();
+}
+
+void ReportQuery::Execute()
+{
+    command_.Execute();
+    if (!in_portions_) return;
+    is_cursor_open_ = true;
+    fetch_.setCommandText(fmt::format("FETCH FORWARD {} FROM {}", kPortion, kCursor));
+    fetch_.Execute();
 }
 
 void ReportQuery::Bind(const ReportValues &parameters, const SelectionFormula::Sql &selection)

@@ -20,6 +20,7 @@ class ReportQuery {
     ReportQuery &operator=(const ReportQuery &) = delete;
 
     /// Runs the query with these parameters; the columns are known afterwards. Call it inside a transaction.
+    /// @throws ReportError for a query that the engine does not take, SAException
     void Open(const ReportValues &parameters);
     bool Fetch(ReportRow *row);
     void Close();
@@ -31,6 +32,7 @@ class ReportQuery {
     const std::string &RealTable(std::string_view name) const; ///< empty when the layout does not have it
     std::string Text(const std::string &condition) const;
     void Bind(const ReportValues &parameters, const SelectionFormula::Sql &selection);
+    void Execute();
     void ReadColumns();
 
     const ReportLayout &layout_;

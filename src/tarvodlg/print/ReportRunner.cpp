@@ -1,5 +1,6 @@
 #include "tarvodlg/print/ReportRunner.h"
 
+#include "tarvodlg/print/Interruption.h"
 #include "tarvodlg/print/PageBuilder.h"
 #include "tarvolumera/TarvoPostgreSQL.h"
 
@@ -147,8 +148,10 @@ ReportResult RunReportRows(SACommand *cmd, const ReportRequest &request,
     std::vector<RowColumn> titles;
     std::vector<std::size_t> columns;
     for (const RowField &field : fields) {
+        RequireColumns(field.band->when, query.Columns(), layout, field.band->place);
+        RequireColumns(field.item->when, query.Columns(), layout, field.item->place);
         titles.push_back({TitleAbove(layout, *field.item), FormatOf(*field.item)});
-        columns.push_back(query.Columns().Require(layout, field.item->line, field.item->text));
+        columns.push_back(query.Columns().Require(layout, field.item->place, field.item->text));
     }
     const std::vector<RowColumn> formats = titles;
     const std::unique_ptr<RowWriter> writer = open(std::move(titles));
@@ -158,6 +161,7 @@ ReportResult RunReportRows(SACommand *cmd, const ReportRequest &request,
     ReportResult result;
     std::vector<ReportValue> values(fields.size());
     for (ReportRow row; query.Fetch(&row);) {
+        RequireNotInterrupted();
         bool is_printed = fields.empty();
         for (std::size_t i = 0; i < fields.size(); ++i) {
             const bool has_band = holds(fields[i].band->when, row);

@@ -27,6 +27,7 @@ struct TextStyle {
     double size = 8; ///< points
     bool bold = false, italic = false;
     std::string color;
+    bool shrinks = false; ///< smaller letters instead of a cut: an amount without its last digits is another amount
 };
 
 /// Takes the pages of a report, one after the other; nothing is kept of a page that is done.

@@ -12,7 +12,7 @@ void ReportTotals::Prepare(const ReportLayout &layout, const ReportColumns &colu
     const auto take = [&](const ReportBand &band) {
         for (const ReportItem &item : band.items) {
             if (item.kind != ItemKind::Sum && item.kind != ItemKind::Running) continue;
-            const std::size_t column = columns.Require(layout, item.line, item.text);
+            const std::size_t column = columns.Require(layout, item.place, item.text);
             if (std::find(columns_.begin(), columns_.end(), column) == columns_.end()) columns_.push_back(column);
         }
     };

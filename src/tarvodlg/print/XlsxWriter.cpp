@@ -1,5 +1,6 @@
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/Text.h"
+#include "tarvodlg/print/Interruption.h"
 #include "tarvodlg/print/ProvisionalFile.h"
 #include "tarvodlg/print/RowWriter.h"
 #include "tarvodlg/print/XlsxParts.h"
@@ -45,7 +46,11 @@ class ZipFile {
         file_.Close();
         int error = 0;
         zip_ = zip_open(file_.Path().c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
-        if (zip_ != nullptr) return;
+        if (zip_ != nullptr) {
+            const auto is_interrupted = [](zip_t *, void *) { return WasInterrupted() ? 1 : 0; };
+            zip_register_cancel_callback_with_state(zip_, is_interrupted, nullptr, nullptr);
+            return;
+        }
         zip_error_t reason;
         zip_error_init_with_code(&reason, error);
         const std::string text = Reason(&reason);
@@ -72,7 +77,10 @@ class ZipFile {
 
     void Close()
     {
-        if (zip_close(zip_) != 0) Fail();
+        if (zip_close(zip_) != 0) {
+            RequireNotInterrupted();
+            Fail();
+        }
         zip_ = nullptr;
         file_.PutInPlace();
     }

@@ -56,7 +56,7 @@ TEST(ReportLayout, ReadsAllThatALayoutMaySay)
     EXPECT_EQ(title.text, "Sociètà & C.");
     EXPECT_TRUE(title.bold && !title.italic && !title.wrap);
     EXPECT_EQ(title.color, "#006000");
-    EXPECT_EQ(title.line, 10u);
+    EXPECT_EQ(title.place.line, 10u);
     EXPECT_EQ(page_header->items[1].kind, ItemKind::Image);
     EXPECT_EQ(page_header->items[1].text, "Logo");
 
@@ -193,6 +193,10 @@ INSTANTIATE_TEST_SUITE_P(
                    "7, colonna 11: graffa senza la sua compagna nella query"},
         LayoutCase{"LoneBrace", "= sez_codice", "} sez_codice",
                    "6, colonna 73: graffa senza la sua compagna nella query"},
+        LayoutCase{"SelectionInAComment", "{selection} AND", "1 = 1 -- {selection}\n  AND",
+                   "7, colonna 17: {selection} sta in un commento o fra virgolette"},
+        LayoutCase{"SelectionInAText", "{selection}", "'{selection}' = ''",
+                   "7, colonna 11: {selection} sta in un commento o fra virgolette"},
         LayoutCase{"NoSelection", "{selection}", "1 = 1", "6, colonna 3: la query non ha {selection}"},
         LayoutCase{"SelectionTwice", "AND pno_anno", "AND {selection} AND pno_anno",
                    "6, colonna 3: la query ha {selection} più di una volta"},

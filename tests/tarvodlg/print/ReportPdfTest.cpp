@@ -6,13 +6,17 @@
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/Numbers.h"
+#include "tarvodlg/print/Interruption.h"
 #include "tarvodlg/print/PagePainter.h"
 #include "tarvolumera/Company.h"
 #include "tests/support/TestArchive.h"
 #include "tests/tarvodlg/print/PdfText.h"
 
+#include <QImage>
+#include <csignal>
 #include <gmock/gmock.h>
 #include <malloc.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -90,6 +94,85 @@ TEST_P(ReportPdfTest, PrintsOnlyWhatTheFilterAdmits)
     const std::string totals = LineWith(pages.back(), "Totali");
     EXPECT_THAT(totals, HasSubstr(" " + Value("SELECT COUNT(*) FROM admin.pnota1 WHERE " + where) + " "));
     EXPECT_THAT(totals, HasSubstr(Amount("pno_dare", where)));
+}
+
+TEST_P(ReportPdfTest, NeverCutsAnAmount)
+{
+    FillDemoJournal(Cmd(), 80, 15); // three pages
+    Run("UPDATE admin.pnota1 SET pno_tot_doc = -98765432109.87, pno_dare = 12345678901.23, pno_avere = 12345678901.23"
+        " WHERE pno_codice = 1");
+    ASSERT_TRUE(PrintJournalList({}, Pdf("grandi.pdf")));
+    const std::vector<std::string> pages = PdfPages(Folder() / "grandi.pdf");
+    EXPECT_THAT(pages[0], testing::AllOf(HasSubstr("-98.765.432.109,87"), HasSubstr("12.345.678.901,23")));
+    for (const char *column : {"pno_tot_doc", "pno_dare", "pno_avere"})
+        EXPECT_THAT(LineWith(pages.back(), "Totali"), HasSubstr(Amount(column, "1 = 1"))) << column;
+    for (const std::string &page : pages)
+        for (const char *words : {"Riporto", "A riportare", "Totali"})
+            EXPECT_THAT(LineWith(page, words), Not(HasSubstr("…"))) << words;
+}
+
+TEST_P(ReportPdfTest, TakesNoHarmFromTheLogo)
+{
+    const std::filesystem::path logo = CompanyLogo();
+    std::filesystem::create_directories(logo.parent_path());
+    const auto size_with_it = [&] {
+        EXPECT_TRUE(PrintChartOfAccounts(100, 100, Pdf("logo.pdf")));
+        return std::filesystem::file_size(Folder() / "logo.pdf");
+    };
+    const auto without = size_with_it();
+    ASSERT_EQ(::mkfifo(logo.c_str(), 0600), 0);
+    EXPECT_EQ(size_with_it(), without) << "a pipe was read from";
+    std::filesystem::remove(logo);
+    WriteFileWhole(logo, "nessuna immagine");
+    EXPECT_EQ(size_with_it(), without);
+    QImage picture(3000, 2000, QImage::Format_RGB32);
+    for (int y = 0; y < picture.height(); ++y) // nothing that packs well
+        for (int x = 0; x < picture.width(); ++x)
+            picture.setPixel(x, y, static_cast<QRgb>((x * 7919 + y * 104729) * 2654435761u));
+    ASSERT_TRUE(picture.save(QString::fromStdString(logo.string())));
+    EXPECT_GT(size_with_it(), without + 1000);
+    EXPECT_LT(size_with_it(), 2'000'000u) << "of the 18,000,000 of the picture";
+}
+
+TEST_P(ReportPdfTest, GoesOnWithLongWordsAndPrintsNoControlCharacters)
+{
+    constexpr const char *kBands = R"(<report title="x" paper="A5" orientation="landscape" margin="10">
+        <tables><table name="ditte" from="admin.ditte"/></tables>
+        <query>SELECT dit_codice FROM {ditte} WHERE {selection}</query>
+        <parameters><parameter name="Nota" type="string"/></parameters>
+        <detail height="5"><param name="Nota" w="20" wrap="yes"/></detail>
+        <detail height="5"><param name="Nota" w="190"/></detail></report>)";
+    ReportRequest request;
+    request.layout = ParseLayout(kBands, "x.rpt");
+    request.parameters["Nota"] = "prima\tseconda\nDonaudampfschifffahrtsgesellschaft😀";
+    EXPECT_EQ(WritePdf(Cmd(), request, Folder() / "note.pdf").pages, 1);
+    std::string page = PdfPages(Folder() / "note.pdf").at(0);
+    EXPECT_THAT(page, HasSubstr("prima seconda Donaudampfschifffahrtsgesellschaft"));
+    EXPECT_THAT(page, Not(HasSubstr("…")));
+}
+
+TEST_P(ReportPdfTest, IsInterruptedWithoutLeavings)
+{
+    FillDemoJournal(Cmd(), 250, 16);
+    const std::size_t files = FilesIn(Folder());
+    const auto print = [&] {
+        const InterruptionGuard guard;
+        SAConnection connection;
+        connection.Connect(lumera_db_target);
+        SACommand command(&connection);
+        ReportRequest request;
+        request.layout = LoadLayout("pnotagest.rpt");
+        for (const char *name : {"Ditta", "Sezione", "Causale"}) request.parameters[name] = std::string(name);
+        for (const char *name : {"Start", "Stop"}) request.parameters[name] = ReportDate{};
+        try {
+            WritePdf(&command, request, Folder() / "mai.pdf", [](long) { std::raise(SIGINT); });
+        } catch (const ReportError &error) {
+            std::fputs(error.what(), stderr);
+        }
+    };
+    EXPECT_EXIT(print(), testing::KilledBySignal(SIGINT), "Stampa interrotta");
+    EXPECT_EQ(FilesIn(Folder()), files);
+    EXPECT_FALSE(std::filesystem::exists(Folder() / "mai.pdf"));
 }
 
 TEST_P(ReportPdfTest, PrintsAnEmptyJournal)

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <limits>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -277,6 +278,23 @@ TEST_P(RowWriterFailureTest, PlacesThatCannotBeWritten)
     EXPECT_THAT(MessageOf([&] { OpenRows(File("a.ods"), "x", kColumns); }),
                 testing::EndsWith("sono ammessi file .xlsx e .csv"));
     EXPECT_EQ(Listing().size(), 1u);
+}
+
+// A rename would put a file in the place of /dev/full, or of the link to a folder that everybody reads.
+TEST_P(RowWriterFailureTest, WritesOnlyInThePlaceOfFiles)
+{
+    ASSERT_EQ(::mkfifo(File(GetParam().file).c_str(), 0600), 0);
+    EXPECT_THAT(MessageOf([&] { OpenRows(File(GetParam().file), "x", kColumns); }),
+                testing::EndsWith("non è un file di dati"));
+    EXPECT_TRUE(fs::is_fifo(File(GetParam().file)));
+    fs::remove(File(GetParam().file));
+
+    WriteFileWhole(File("vero"), "vecchio");
+    fs::create_symlink("vero", File(GetParam().file));
+    WriteAll(*OpenRows(File(GetParam().file), "x", {{"Testo"}}), {{"riga"}});
+    EXPECT_TRUE(fs::is_symlink(File(GetParam().file)));
+    EXPECT_NE(Bytes("vero"), "vecchio");
+    EXPECT_EQ(Listing().size(), 2u);
 }
 
 /// What the packing itself could not write.

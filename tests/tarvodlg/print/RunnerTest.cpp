@@ -346,8 +346,31 @@ TEST_P(RefusalTest, NamesWhatCannotBeUsed)
 
 TEST_P(RunnerTest, NamesAColumnThatTheQueryDoesNotGive)
 {
-    EXPECT_EQ(Refusal(Request(Layout("<detail height=\"5\"><field of=\"sconto\" w=\"20\"/></detail>"))),
-              "prova.rpt, riga 1: l'interrogazione non dà la colonna \"sconto\"");
+    Add(1, "A", "a", 1);
+    const char *const bands[] = {
+        "<detail height=\"5\"><!-- --><field of=\"sconto\" w=\"20\"/></detail>",
+        "<detail height=\"5\"><!-- --><text when=\"{row.sconto} = 1\">x</text></detail>",
+        "<detail height=\"0\"/><!-- --><detail height=\"5\" when=\"{row.sconto} = 1\"/>",
+        "<detail height=\"5\"/><!-- --><group by=\"sconto\"/>",
+        "<report-footer height=\"5\"><!-- --><sum of=\"sconto\"/></report-footer>",
+    };
+    for (const char *band : bands) {
+        const std::string layout = Layout(band);
+        const std::size_t column = layout.find("<!-- -->") + std::string_view("<!-- -->").size() + 1;
+        EXPECT_EQ(Refusal(Request(layout)),
+                  fmt::format("prova.rpt, riga 1, colonna {}: la query non dà la colonna \"sconto\"", column));
+    }
+}
+
+TEST_P(RunnerTest, NamesTheQueryThatTheEngineDoesNotTake)
+{
+    for (const char *wrong : {"{selection} AND sconto = 1", "{selection} AND AND", "{selection} AND nulla.num = 1"}) {
+        const std::string layout = Layout(kDetail, "", wrong);
+        const std::string where =
+            fmt::format("prova.rpt, riga 1, colonna {}: la query non si può eseguire: ", layout.find("<query>") + 1);
+        EXPECT_THAT(Refusal(Request(layout)), testing::StartsWith(where)) << wrong;
+    }
+    EXPECT_EQ(Refusal(Request(Layout(kDetail))), "(stampato)") << "the connection works on";
 }
 
 TEST_P(RunnerTest, SelectsByValueWhateverTheValueHolds)
