@@ -142,12 +142,14 @@ void CCrystal::CrySetDestination(ReportDestination destination)
 
 namespace {
 
-ReportResult RunAsRows(SACommand *cmd, const ReportRequest &request, const ReportDestination &destination)
+ReportResult RunAsRows(SACommand *cmd, const ReportRequest &request, const ReportDestination &destination,
+                       const std::function<void(long)> &progress)
 {
-    return RunReportRows(cmd, request, [&](std::vector<RowColumn> columns) {
+    const auto open = [&](std::vector<RowColumn> columns) {
         return destination.target == ReportTarget::Xlsx ? OpenXlsx(destination.file, request.title, std::move(columns))
                                                         : OpenCsv(destination.file, std::move(columns));
-    });
+    };
+    return RunReportRows(cmd, request, open, progress);
 }
 
 /// The connection is closed before the pages are shown: who reads them long holds nothing in the archive.
@@ -159,9 +161,10 @@ ReportResult RunWhole(const ReportRequest &request, const ReportDestination &des
     SAConnection connection;
     SACommand command;
     sqldit.OpenConnection(&connection, &command, true);
+    const auto sign_of_life = [&](long rows) { progress.SetPos(rows); };
     if (destination.target == ReportTarget::Csv || destination.target == ReportTarget::Xlsx)
-        return RunAsRows(&command, request, destination);
-    return WritePdf(&command, request, pages, [&](long rows) { progress.SetPos(rows); });
+        return RunAsRows(&command, request, destination, sign_of_life);
+    return WritePdf(&command, request, pages, sign_of_life);
 }
 
 } // namespace

@@ -134,8 +134,10 @@ ReportValue CellFor(const ReportRow &row, std::size_t column, ColumnFormat forma
 } // namespace
 
 ReportResult RunReportRows(SACommand *cmd, const ReportRequest &request,
-                           const std::function<std::unique_ptr<RowWriter>(std::vector<RowColumn>)> &open)
+                           const std::function<std::unique_ptr<RowWriter>(std::vector<RowColumn>)> &open,
+                           const std::function<void(long)> &progress)
 {
+    constexpr long kRowsBetweenSigns = 500;
     CheckNames(request);
     const ReportLayout &layout = request.layout;
     const ReportValues parameters = CheckedParameters(layout, request.parameters);
@@ -172,6 +174,7 @@ ReportResult RunReportRows(SACommand *cmd, const ReportRequest &request,
         if (!is_printed) continue;
         writer->Add(values);
         ++result.rows;
+        if (progress && result.rows % kRowsBetweenSigns == 0) progress(result.rows);
     }
     writer->Finish();
     query.Close();

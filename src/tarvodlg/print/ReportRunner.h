@@ -63,6 +63,7 @@ ReportResult RunReport(SACommand *cmd, const ReportRequest &request, PageSink &p
 
 /// The detail rows of the same report, for those who want to go on computing: one column for each field of the detail
 /// bands, titled by the page header's words above it.
-/// @param open  makes the writer for the columns
+/// @param open  makes the writer for the columns   @param progress  called now and then with the rows so far
 ReportResult RunReportRows(SACommand *cmd, const ReportRequest &request,
-                           const std::function<std::unique_ptr<RowWriter>(std::vector<RowColumn>)> &open);
+                           const std::function<std::unique_ptr<RowWriter>(std::vector<RowColumn>)> &open,
+                           const std::function<void(long)> &progress = {});
