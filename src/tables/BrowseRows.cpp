@@ -63,6 +63,63 @@ bool HasTextCode(const BrowseDescription &description)
     return FindColumn(*description.table, description.keys.back())->kind == ColumnKind::Text;
 }
 
+std::string KeysAndDescription(const BrowseDescription &description)
+{
+    std::string columns;
+    for (const char *key : description.keys) columns += std::string(key) + ", ";
+    return columns + description.description;
+}
+
+CodeMatch MatchOf(const BrowseDescription &description, SACommand &query)
+{
+    const int keys = static_cast<int>(description.keys.size());
+    CodeMatch match;
+    for (int i = 1; i <= keys; ++i) match.keys.push_back(query.Field(i).asString());
+    match.description = query.Field(keys + 1).asString();
+    return match;
+}
+
+/// The codes whose digits begin with those of a number, bounds included: 31 itself, 310 to 319, 3100 to 3199 ...
+std::vector<std::pair<long, long>> CodesBeginningWith(long number)
+{
+    constexpr long kCodeMax = 2'147'483'647;
+    std::vector<std::pair<long, long>> ranges;
+    long width = 1;
+    for (long first = number; first <= kCodeMax; first *= 10, width *= 10) {
+        ranges.emplace_back(first, std::min(first + width - 1, kCodeMax));
+        if (number == 0) break; // no other number begins with it
+    }
+    return ranges;
+}
+
+/// Matches of digits over a table of numbers: only what begins so is read, however large the table.
+std::vector<CodeMatch> MatchNumber(SACommand *cmd, const BrowseDescription &description, const FixedKeys &fixed,
+                                   std::string_view digits, std::size_t most)
+{
+    const std::optional<long> number = ParseCode(digits);
+    if (!number || (digits.size() > 1 && digits.starts_with('0'))) return {};
+    const std::vector<std::pair<long, long>> ranges = CodesBeginningWith(*number);
+    const char *const code = description.keys.back();
+    std::string condition;
+    for (std::size_t i = 0; i < ranges.size(); ++i)
+        condition += fmt::format("{}{} BETWEEN :a{} AND :b{}", i == 0 ? "" : " OR ", code, i, i);
+    const std::string fixed_condition = FixedCondition(description, fixed);
+    SACommand query(cmd->Connection(),
+                    fmt::format("SELECT {} FROM {}{}{} ({}) ORDER BY CASE WHEN {} = :esatto THEN 0 ELSE 1 END, {}",
+                                KeysAndDescription(description), description.table->TableName(), fixed_condition,
+                                fixed_condition.empty() ? " WHERE" : " AND", condition, code, description.order));
+    BindFixed(&query, fixed);
+    query.Param("esatto").setAsLong(*number);
+    for (std::size_t i = 0; i < ranges.size(); ++i) {
+        query.Param(fmt::format("a{}", i)).setAsLong(ranges[i].first);
+        query.Param(fmt::format("b{}", i)).setAsLong(ranges[i].second);
+    }
+    query.Execute();
+    std::vector<CodeMatch> matches;
+    while (matches.size() < most && query.FetchNext()) matches.push_back(MatchOf(description, query));
+    return matches;
+}
+
 } // namespace
 
 void ForEachBrowseRow(SACommand *cmd, const BrowseDescription &description, const FixedKeys &fixed,
@@ -126,11 +183,10 @@ std::vector<CodeMatch> MatchCodes(SACommand *cmd, const BrowseDescription &descr
 {
     const std::string wanted = Folded(typed);
     if (wanted.empty() || most == 0) return {};
-    const bool by_code = IsNumber(wanted) || HasTextCode(description);
+    const bool by_code = HasTextCode(description);
     CommandScope scope(cmd);
-    std::string columns;
-    for (const char *key : description.keys) columns += std::string(key) + ", ";
-    SACommand query(scope->Connection(), "SELECT " + columns + description.description + " FROM " +
+    if (IsNumber(wanted) && !by_code) return MatchNumber(scope.get(), description, fixed, wanted, most);
+    SACommand query(scope->Connection(), "SELECT " + KeysAndDescription(description) + " FROM " +
                                              description.table->TableName() + FixedCondition(description, fixed) +
                                              " ORDER BY " + description.order);
     BindFixed(&query, fixed);
@@ -144,10 +200,7 @@ std::vector<CodeMatch> MatchCodes(SACommand *cmd, const BrowseDescription &descr
                              (!IsNumber(wanted) && others.size() < most &&
                               Folded(query.Field(keys + 1).asStringView()).find(wanted) != std::string::npos);
         if (!matches || (!is_exact && others.size() >= most)) continue;
-        CodeMatch match;
-        for (int i = 1; i <= keys; ++i) match.keys.push_back(query.Field(i).asString());
-        match.description = query.Field(keys + 1).asString();
-        (is_exact ? exact : others).push_back(std::move(match));
+        (is_exact ? exact : others).push_back(MatchOf(description, query));
         if (!by_code && others.size() >= most) break; // no exact code can follow
     }
     exact.insert(exact.end(), std::make_move_iterator(others.begin()), std::make_move_iterator(others.end()));

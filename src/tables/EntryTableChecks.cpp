@@ -126,7 +126,8 @@ void CheckRates(FaultList &faults, const CODIVA &record)
 {
     const bool may_have_tax = MayHaveRate(record.iva_tip);
     faults.Range("aliq", record.iva_aliq, 0, 100);
-    faults.RefuseIf(NeedsRate(record.iva_tip) && TestIfZero(record.iva_aliq), "aliq", "Aliquota mancante per un'operazione con imposta.");
+    faults.RefuseIf(NeedsRate(record.iva_tip) && TestIfZero(record.iva_aliq), "aliq",
+                    "Aliquota mancante per un'operazione con imposta.");
     faults.RefuseIf(!may_have_tax && !TestIfZero(record.iva_aliq), "aliq",
                     "Questo tipo di codice non ha imposta: aliquota 0.");
     faults.Range("inded", record.iva_inded, 0, 100);

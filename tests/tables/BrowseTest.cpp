@@ -95,6 +95,17 @@ TEST_P(BrowseTest, TypedTextFindsCodesAndNames)
     EXPECT_THAT(Matches("fornitori", "12"),
                 ElementsAre("12 Trattoria Al Mestolo di Garbelli Nives", "120 Calabrò & Figli"))
         << "the code itself before those that begin with it";
+    Run("INSERT INTO admin.fornito1 (for_codice, for_desc) VALUES (1299, 'Abaco'), (1300, 'Aia'), (2147483647, "
+        "'Zeta')");
+    EXPECT_THAT(Matches("fornitori", "12"),
+                ElementsAre("12 Trattoria Al Mestolo di Garbelli Nives", "1299 Abaco", "120 Calabrò & Figli"));
+    EXPECT_THAT(Matches("fornitori", "12", {}, 2),
+                ElementsAre("12 Trattoria Al Mestolo di Garbelli Nives", "1299 Abaco"));
+    EXPECT_THAT(Matches("fornitori", "214748364"), ElementsAre("2147483647 Zeta"));
+    EXPECT_THAT(Matches("fornitori", "2147483648"), IsEmpty()) << "beyond 32 bits";
+    EXPECT_THAT(Matches("fornitori", "01"), IsEmpty());
+    EXPECT_THAT(Matches("fornitori", "0"), IsEmpty());
+    EXPECT_THAT(Matches("conti", "2", {{"con_mas", 310}}), ElementsAre("2 Servizi commerciali"));
     EXPECT_THAT(Matches("fornitori", "1", {}, 1), ElementsAre("1 Utensileria Marzavola S.r.l."));
     EXPECT_THAT(Matches("fornitori", "pennavera").size(), 2u);
     EXPECT_THAT(Matches("province", "pr"), testing::Contains("PR Parma"));

@@ -103,6 +103,55 @@ TEST_P(LookupBrowserTest, NewRecordMadeFromTheListIsTheChosenOne)
     EXPECT_EQ(browser.m_codice, 41);
 }
 
+TEST_P(LookupBrowserTest, WhatWasTypedGoesOnToTheNewRecord)
+{
+    struct Typed {
+        const char *typed, *code, *name;
+    };
+    const Typed cases[] = {{"nata dall'elenco", "41", "nata dall'elenco"},
+                           {"77", "77", ""},
+                           {"4", "41", ""}, // taken
+                           {"0521/77", "41", ""},
+                           {"01234567897", "41", ""}};
+    for (const Typed &typed : cases) {
+        SCOPED_TRACE(typed.typed);
+        CClientiBr browser;
+        keys::Open(&browser);
+        keys::Type(typed.typed);
+        keys::WhenNextWindowOpens([&](QWidget *editor) {
+            EXPECT_EQ(editor->windowTitle().toStdString(), "Clienti");
+            EXPECT_EQ(TextOf(*editor, "Codice"), typed.code);
+            EXPECT_EQ(TextOf(*editor, "Ragione sociale"), typed.name);
+            keys::Press(Qt::Key_Escape);
+        });
+        keys::Press(Qt::Key_F3);
+        EXPECT_TRUE(browser.isVisible());
+        EXPECT_EQ(TextOf(browser, "Cerca"), typed.typed) << "left without a record, the list is as it was";
+    }
+}
+
+TEST_P(LookupBrowserTest, NewRecordOfAnotherMasterIsNotTakenForOneOfTheList)
+{
+    CContiBr accounts;
+    accounts.m_mas = 310;
+    keys::Open(&accounts);
+    keys::WhenNextWindowOpens([&](QWidget *editor) {
+        BackTo("Mastro");
+        keys::Type("300");
+        EnterTo("Conto");
+        keys::Type("88");
+        EnterTo("Descrizione");
+        keys::Type("Di un altro mastro");
+        keys::Press(Qt::Key_F2);
+        EXPECT_FALSE(editor->isVisible());
+    });
+    keys::Press(Qt::Key_F3);
+    EXPECT_EQ(Value("SELECT con_desc FROM admin.conti WHERE con_mas = 300 AND con_codice = 88"), "Di un altro mastro");
+    EXPECT_TRUE(accounts.isVisible());
+    EXPECT_TRUE(Shows(accounts, "Registrato 300.88, che non è di questo elenco"));
+    EXPECT_EQ(accounts.m_con, 0);
+}
+
 TEST_P(LookupBrowserTest, EditedRecordStaysSelectedUnderItsNewName)
 {
     CClientiBr browser;

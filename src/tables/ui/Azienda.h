@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tables/TableStorage.h"
 #include "tables/ui/AccountField.h"
 #include "tarvodlg/widgets/TarvoRecordDialog.h"
 
@@ -14,6 +15,8 @@ class CAzienda : public CTarvoTabbedRecordDialog {
     void OnRecordSalva() override;
     void OnRecordAnnulla() override;
     bool IsRecordLoaded() const override { return true; }
+    /// Names of a person for persons only; a master with entries is not changed any more.
+    void Protect(SACommand *cmd) override;
 
   protected:
     bool OnInitDialog() override;
@@ -28,13 +31,16 @@ class CAzienda : public CTarvoTabbedRecordDialog {
     bool OnLostFocusEventPiva();
     bool OnLostFocusEventCodFis();
     void OnLogo();
+    void ProtectNames();
     void Load();
     bool Store();
+    TableOutcome Write(SACommand *cmd);
+    void FocusColumn(const std::string &column);
 
     DITTE company_, loaded_company_;
     FLAG settings_, loaded_settings_;
     std::map<std::string, CTarvoField *> fields_;
-    CTextField *vat_number_, *fiscal_code_, *nation_;
+    CTextField *vat_number_, *fiscal_code_, *nation_, *surname_, *first_name_;
     CChoiceField *person_;
     QLabel *logo_;
 };

@@ -5,6 +5,7 @@
 #include "tarvodlg/widgets/SpreadSheet.h"
 #include "tarvolumera/fatturapa/FatturaCodes.h"
 
+#include <QKeyEvent>
 #include <fmt/format.h>
 
 namespace {
@@ -52,9 +53,9 @@ CCausali::CCausali(CWnd *parent) : CTableEditor("causali", parent)
     Field("cac_desc", form.Beside().Text("&Descrizione", m_record.cac_desc));
     Field("cac_reg", form.Choice("&Registro", m_record.cac_reg, CodeChoicesOf("causali", "cac_reg")));
     Field("cac_rel", form.Beside().Choice("Soggett&o", m_record.cac_rel, CodeChoicesOf("causali", "cac_rel")));
-    Field("cac_sez", form.Code("S&ezione IVA", m_record.cac_sez, Lookup("sezioni")));
+    Field("cac_sez", form.Code("Se&zione IVA", m_record.cac_sez, Lookup("sezioni")));
     Field("cac_iva", form.Flag("Con righe &IVA", m_record.cac_iva));
-    Field("cac_iva_sosp", form.Beside().Flag("IVA in &sospensione", m_record.cac_iva_sosp));
+    Field("cac_iva_sosp", form.Beside().Flag("IVA in sos&pensione", m_record.cac_iva_sosp));
     Field("cac_nota_variazione", form.Beside().Flag("Nota di &variazione", m_record.cac_nota_variazione));
     Field("cac_allegati", form.Beside().Flag("Chiede gli alle&gati", m_record.cac_allegati));
     Field("cac_tipo_documento", form.Choice("&Tipo documento", m_record.cac_tipo_documento, DocumentTypes()));
@@ -76,6 +77,7 @@ void CCausali::BuildRows(FormBuilder &form)
     rows_->setAccessibleName("Righe del modello");
     rows_->on_leave_cell = [this](long row, long column) { return OnLeaveCellSpread(row, column); };
     rows_->on_dbl_click = [this](long row, long column) { OnDblClickSpread(row, column); };
+    rows_->on_key_press = [this](long row, long, QKeyEvent *key) { return OnKeyPressSpread(row, key); };
     rows_->on_change = [this](long, long) { SetChanged(true); };
     form.Fill(rows_);
 }
@@ -88,9 +90,10 @@ void CCausali::OnNewRecord()
 
 void CCausali::SetField()
 {
-    rows_->BeginUpdate();
-    for (std::size_t i = 0; i < m_record.righe.size(); ++i) ShowRow(static_cast<long>(i + 1), m_record.righe[i]);
-    rows_->EndUpdate();
+    {
+        const SpreadUpdate update(rows_);
+        for (std::size_t i = 0; i < m_record.righe.size(); ++i) ShowRow(static_cast<long>(i + 1), m_record.righe[i]);
+    }
     shown_rows_ = m_record.righe;
     CTableEditor::SetField();
 }
@@ -158,15 +161,41 @@ void CCausali::ShowDescription(long row)
     rows_->SetText(row, kDescription, account.mas == 0 ? std::string() : DescribeAccount(account));
 }
 
+/// As in the fields of an account: the part that is left must exist, what stands below it and does not exist there any
+/// more is emptied.
 bool CCausali::OnLeaveCellSpread(long row, long column)
 {
     if (column > kSot) return true;
     const AccountKey account = AccountAt(row);
+    if (column == kMas && account.mas == 0) {
+        ClearRow(row);
+        return true;
+    }
+    const bool is_empty = (column == kCon && account.con == 0) || (column == kSot && account.sot == 0);
+    const AccountKey left{account.mas, column >= kCon ? account.con : 0, column >= kSot ? account.sot : 0};
+    const bool has_upper = account.mas != 0 && (column < kSot || account.con != 0);
+    if (!is_empty && (!has_upper || DescribeAccount(left).empty())) return false;
+    if (column == kMas && account.con != 0 && DescribeAccount({account.mas, account.con, 0}).empty())
+        rows_->SetLong(row, kCon, 0);
+    if (column != kSot && account.sot != 0 && (rows_->Long(row, kCon) == 0 || DescribeAccount(AccountAt(row)).empty()))
+        rows_->SetLong(row, kSot, 0);
     ShowDescription(row);
-    const bool is_empty = account == AccountKey{};
-    const bool is_known = is_empty || !rows_->Text(row, kDescription).empty();
-    if (!is_empty && rows_->Text(row, kAutomatic).empty()) rows_->SetText(row, kAutomatic, kNo);
-    return is_known;
+    if (account.mas != 0 && rows_->Text(row, kAutomatic).empty()) rows_->SetText(row, kAutomatic, kNo);
+    return true;
+}
+
+bool CCausali::OnKeyPressSpread(long row, QKeyEvent *key)
+{
+    const bool clears = key->key() == Qt::Key_Delete && key->modifiers().testFlag(Qt::ControlModifier);
+    if (!clears || rows_->IsEditing() || row < 1) return false; // in a cell it deletes a word
+    ClearRow(row);
+    SetChanged(true);
+    return true;
+}
+
+void CCausali::ClearRow(long row)
+{
+    for (long column = kMas; column <= kAutomatic; ++column) rows_->ClearCell(row, column);
 }
 
 void CCausali::OnDblClickSpread(long row, long column)

@@ -12,6 +12,7 @@ class CClientiNew : public CTableEditor<CLIENTI, CTarvoTabbedRecordDialog> {
 
   protected:
     void OnRecordShown() override { form_.OnRecordShown(); }
+    void Protect(SACommand *) override { form_.Protect(); }
     bool BeforeStore() override;
 
   private:

@@ -7,11 +7,25 @@
 class CMastri : public CTableEditor<MASTRI> {
   public:
     explicit CMastri(CWnd *parent = nullptr);
+
+  protected:
+    /// The company's masters of customers and suppliers are what they are.
+    void Protect(SACommand *) override;
+
+  private:
+    CFlagField *of_customers_, *of_suppliers_;
 };
 
 class CConti : public CTableEditor<CONTI> {
   public:
     explicit CConti(CWnd *parent = nullptr);
+
+  protected:
+    /// An account with entries stays the counterparts' or not.
+    void Protect(SACommand *cmd) override;
+
+  private:
+    CFlagField *of_customers_, *of_suppliers_;
 };
 
 class CSottoconti : public CTableEditor<SOTTOCON> {
@@ -20,6 +34,7 @@ class CSottoconti : public CTableEditor<SOTTOCON> {
 
   protected:
     void OnNewRecord() override;
+    bool BeforeStore() override;
 
   private:
     bool OnLostFocusEventDesc();

@@ -1,5 +1,7 @@
 #include "tables/ui/CounterpartForm.h"
 
+#include "tables/ui/FiscalStates.h"
+
 #include <QLabel>
 
 namespace {
@@ -16,15 +18,6 @@ void SetLabel(QWidget *field, const QString &text)
     if (QLabel *label = LabelOf(field)) label->setText(text);
     QString name = text;
     field->setAccessibleName(name.remove('&'));
-}
-
-/// How far a code of fixed length is: "mancano 3 cifre"; empty when it has its length.
-QString Missing(qsizetype length, qsizetype wanted, const char *one, const char *several)
-{
-    const qsizetype missing = wanted - length;
-    if (missing == 0) return {};
-    if (missing < 0) return QString("%1 %2 di troppo").arg(-missing).arg(missing == -1 ? one : several);
-    return missing == 1 ? QString("manca 1 %1").arg(one) : QString("mancano %1 %2").arg(missing).arg(several);
 }
 
 /// The provinces are Italy's; other countries write there what they like.
@@ -76,7 +69,7 @@ void CounterpartForm::AddIdentity(FormBuilder &form)
     first_line_ = Named("rag_soc1", form.Text("Denominazione", members_.rag_soc1, 32));
     form.Beside();
     second_line_ = Named("rag_soc2", form.Text("Seguito", members_.rag_soc2, 32));
-    QObject::connect(kind_, &QComboBox::currentIndexChanged, dialog_, [this] { ShowKind(); });
+    QObject::connect(kind_, &QComboBox::activated, dialog_, [this] { OnKindChosen(); });
     for (CTextField *part : {first_line_, second_line_})
         dialog_->OnLostFocusEvent(part, [this] {
             ProposeName();
@@ -92,17 +85,19 @@ void CounterpartForm::AddIdentity(FormBuilder &form)
     CTextField *province = Named("prov", form.Text("Pro&v.", members_.prov, 4));
     province->SetUpperCase(true);
     province->SetLookup(std::make_shared<ProvinceLookup>([this] { return Nation() == "IT"; }));
-    nation_ = Named("naz", form.TextCode("&Nazione", members_.naz, Lookup("nazioni")));
+    nation_ = Named("naz", form.TextCode("Na&zione", members_.naz, Lookup("nazioni")));
     nation_->SetUpperCase(true);
 
     form.Section("Codici fiscali");
-    vat_number_ = Named("piva", form.Text("Partita I&VA", members_.piva, 22));
+    vat_number_ = Named("piva", form.Text("Partita IV&A", members_.piva, 22));
     vat_number_->SetUpperCase(true);
     form.Beside();
     fiscal_code_ = Named("codfis", form.Text("Codice &fiscale", members_.codfis, 20));
     fiscal_code_->SetUpperCase(true);
-    QObject::connect(vat_number_, &QLineEdit::textEdited, dialog_, [this] { ShowVatState(); });
-    QObject::connect(fiscal_code_, &QLineEdit::textEdited, dialog_, [this] { ShowFiscalState(); });
+    QObject::connect(vat_number_, &QLineEdit::textEdited, dialog_,
+                     [this] { dialog_->SetStatus(VatNumberState(Nation(), vat_number_->Value())); });
+    QObject::connect(fiscal_code_, &QLineEdit::textEdited, dialog_,
+                     [this] { dialog_->SetStatus(FiscalCodeState(Nation(), IsPerson(), fiscal_code_->Value())); });
     dialog_->OnLostFocusEvent(vat_number_, [this] { return OnLostFocusEventPiva(); });
     dialog_->OnLostFocusEvent(fiscal_code_, [this] { return OnLostFocusEventCodFis(); });
 }
@@ -112,7 +107,7 @@ void CounterpartForm::AddContacts(FormBuilder &form)
     form.Section("Recapiti");
     Named("telefono", form.Text("Telefono", members_.telefono));
     form.Beside();
-    Named("email", form.Text("&E-mail", members_.email, 40));
+    Named("email", form.Text("E-mai&l", members_.email, 40));
     Named("pec", form.Text("PEC", members_.pec, 45));
 }
 
@@ -130,13 +125,13 @@ void CounterpartForm::AddState(FormBuilder &form)
     form.Section("Pagamenti");
     Name("pag", form.Code("&Pagamento", members_.pag, Lookup("pagamenti")));
     Name("ban", form.Code("&Banca", members_.ban, Lookup("banche")));
-    iban_ = Named("iban", form.Text("I&BAN", members_.iban));
+    iban_ = Named("iban", form.Text("&IBAN", members_.iban));
     iban_->SetUpperCase(true);
     dialog_->OnLostFocusEvent(iban_, [this] { return OnLostFocusEventIban(); });
     form.Section("Stato");
-    CDateField *ceased = form.Date("&Cessato il", members_.data_cessazione);
+    CDateField *ceased = form.Date("Cessa&to il", members_.data_cessazione);
     Name("data_cessazione", ceased);
-    CFlagField *excluded = form.Flag("&Escluso dalle comunicazioni dei dati fatture", members_.escludi_iva);
+    CFlagField *excluded = form.Flag("Escluso dalle co&municazioni dei dati fatture", members_.escludi_iva);
     Name("escludi_iva", excluded);
 }
 
@@ -152,17 +147,22 @@ bool CounterpartForm::IsPerson() const
 
 void CounterpartForm::OnRecordShown()
 {
-    ShowKind();
-}
-
-void CounterpartForm::ShowKind()
-{
     const bool is_person = IsPerson();
     SetLabel(desc_, is_person ? "&Nominativo" : "&Ragione sociale");
     SetLabel(first_line_, is_person ? "Co&gnome" : "Denominazione");
     SetLabel(second_line_, is_person ? "No&me" : "Seguito");
-    sole_trader_->setEnabled(is_person);
-    if (!is_person) sole_trader_->setChecked(false);
+}
+
+void CounterpartForm::Protect()
+{
+    sole_trader_->Protect(!IsPerson());
+}
+
+void CounterpartForm::OnKindChosen()
+{
+    OnRecordShown();
+    Protect();
+    if (!IsPerson()) sole_trader_->SetValue(0);
 }
 
 void CounterpartForm::ProposeName()
@@ -176,27 +176,6 @@ void CounterpartForm::CompleteName()
 {
     if (!members_.desc.empty()) return;
     members_.desc.Assign(Trimmed(members_.rag_soc1.str() + " " + members_.rag_soc2.str()));
-}
-
-void CounterpartForm::ShowVatState()
-{
-    const std::string typed = NormalisedFiscalCode(vat_number_->Value());
-    if (typed.empty() || Nation() != "IT") return dialog_->SetStatus({});
-    const QString missing = Missing(static_cast<qsizetype>(typed.size()), 11, "cifra", "cifre");
-    if (!missing.isEmpty()) return dialog_->SetStatus("Partita IVA: " + missing);
-    const FiscalCodeCheck check = CheckCounterpartVat(Nation(), typed);
-    dialog_->SetStatus(check.ok() ? QString("Partita IVA corretta") : "Partita IVA: " + ToQt(check.text));
-}
-
-void CounterpartForm::ShowFiscalState()
-{
-    const std::string typed = NormalisedFiscalCode(fiscal_code_->Value());
-    if (typed.empty() || Nation() != "IT") return dialog_->SetStatus({});
-    const QString missing =
-        Missing(static_cast<qsizetype>(typed.size()), IsPerson() ? 16 : 11, "carattere", "caratteri");
-    if (!missing.isEmpty()) return dialog_->SetStatus("Codice fiscale: " + missing);
-    const FiscalCodeCheck check = CheckCounterpartFiscalCode(Nation(), IsPerson(), typed);
-    dialog_->SetStatus(check.ok() ? QString("Codice fiscale corretto") : "Codice fiscale: " + ToQt(check.text));
 }
 
 bool CounterpartForm::OnLostFocusEventPiva()

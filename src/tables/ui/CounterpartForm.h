@@ -32,6 +32,8 @@ class CounterpartForm {
 
     /// After the record was shown: labels by the kind of person.
     void OnRecordShown();
+    /// Only a person can be a sole trader.
+    void Protect();
     /// Composes the name of a person from its parts when it was left empty.
     void CompleteName();
 
@@ -40,10 +42,8 @@ class CounterpartForm {
     CTextField *Named(const char *column, CTextField *field);
     std::string Nation() const;
     bool IsPerson() const;
-    void ShowKind();
+    void OnKindChosen();
     void ProposeName();
-    void ShowVatState();
-    void ShowFiscalState();
     bool OnLostFocusEventPiva();
     bool OnLostFocusEventCodFis();
     bool OnLostFocusEventIban();

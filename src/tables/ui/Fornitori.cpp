@@ -47,7 +47,7 @@ CFornitori::CFornitori(CWnd *parent)
         form_.AddIdentity(form);
         form_.AddContacts(form);
         form.Section("Registro delle imprese");
-        Field("for_rea", form.Text("Numero &REA", m_record.for_rea, 16))->SetUpperCase(true);
+        Field("for_rea", form.Text("N&umero REA", m_record.for_rea, 16))->SetUpperCase(true);
         form.Beside();
         Field("for_socio_unico",
               form.Choice("Soci", m_record.for_socio_unico, {{"", ""}, {"SU", "Socio unico"}, {"SM", "Più soci"}}));

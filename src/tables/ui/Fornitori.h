@@ -16,6 +16,7 @@ class CFornitori : public CTableEditor<FORNITORI, CTarvoTabbedRecordDialog> {
   protected:
     void OnNewRecord() override;
     void OnRecordShown() override { form_.OnRecordShown(); }
+    void Protect(SACommand *) override { form_.Protect(); }
     bool BeforeStore() override;
 
   private:

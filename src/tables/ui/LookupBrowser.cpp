@@ -264,14 +264,17 @@ void CLookupBrowser::AddCommands()
 void CLookupBrowser::LoadRows()
 {
     List &list = *list_;
-    list.rows.clear();
-    list.shown.clear();
+    std::vector<List::Row> rows; // when reading fails, the old list stays
     const long today = CurrentUserInterface().Today();
     CommandScope scope(nullptr);
     ForEachBrowseRow(scope.get(), list.description, list.fixed, [&](const BrowseRow &row) {
-        list.rows.push_back({row, SearchText(row), KeyText(row.keys), IsCeased(list.description, row, today)});
+        rows.push_back({row, SearchText(row), KeyText(row.keys), IsCeased(list.description, row, today)});
         return true;
     });
+    list.filling->stop(); // what it would go on with are the old rows
+    list.rows.swap(rows);
+    list.shown.clear();
+    list.filled = 0;
 }
 
 void CLookupBrowser::Filter()
@@ -297,11 +300,12 @@ void CLookupBrowser::Filter()
         list.shown.push_back(i);
     }
     list.filled = 0;
-    list.grid->BeginUpdate();
-    list.grid->Clear();
-    list.grid->SetRowCount(static_cast<long>(list.shown.size()));
-    FillThrough(std::min<std::size_t>(kFirstRows, list.shown.size()));
-    list.grid->EndUpdate();
+    {
+        const SpreadUpdate update(list.grid);
+        list.grid->Clear();
+        list.grid->SetRowCount(static_cast<long>(list.shown.size()));
+        FillThrough(std::min<std::size_t>(kFirstRows, list.shown.size()));
+    }
     Select(select);
     list.filling->start(0);
     ShowCount();
@@ -325,11 +329,10 @@ void CLookupBrowser::FillSome()
     List &list = *list_;
     QElapsedTimer clock;
     clock.start();
-    list.grid->BeginUpdate();
+    const SpreadUpdate update(list.grid);
     while (list.filled < list.shown.size() && clock.elapsed() < kFillMilliseconds)
         FillThrough(std::min(list.filled + kFirstRows, list.shown.size()));
-    list.grid->EndUpdate();
-    if (list.filled == list.shown.size()) list.filling->stop();
+    if (list.filled >= list.shown.size()) list.filling->stop();
 }
 
 void CLookupBrowser::Select(std::size_t shown)
@@ -414,13 +417,21 @@ void CLookupBrowser::OnNew()
     RecordKeys keys(list_->description.keys.size(), "0");
     for (std::size_t i = 0; i < list_->fixed.size() && i + 1 < keys.size(); ++i)
         keys[i] = std::to_string(list_->fixed[i].second);
-    const auto stored = OpenEditor(list_->description.name, this, keys, true);
+    const std::string typed = FromQt(list_->search->text().trimmed());
+    const auto stored = OpenEditor(list_->description.name, this, keys, true, typed);
     if (!stored) return;
-    m_keys = *stored;
     LoadRows();
-    list_->search->clear();
+    const bool is_listed = list_->Find(*stored) < list_->rows.size();
+    if (is_listed) m_keys = *stored;
+    {
+        const QSignalBlocker quiet(list_->search);
+        list_->search->clear();
+    }
     Filter();
-    OnOK(); // a new record is made to be used
+    if (is_listed) return OnOK(); // a new record is made to be used
+    // Its master or account was changed in the editor, and this list is that of another one.
+    SetStatus("Registrato " + ToQt(KeyText(*stored)) + ", che non è di questo elenco");
+    list_->search->setFocus();
 }
 
 void CLookupBrowser::OnEdit()
@@ -455,9 +466,10 @@ bool HasEditor(std::string_view table)
     return Editors().contains(table);
 }
 
-std::optional<RecordKeys> OpenEditor(std::string_view table, CWnd *parent, const RecordKeys &keys, bool is_single)
+std::optional<RecordKeys> OpenEditor(std::string_view table, CWnd *parent, const RecordKeys &keys, bool is_single,
+                                     const std::string &typed)
 {
     const auto found = Editors().find(table);
     if (found == Editors().end()) return std::nullopt;
-    return found->second(parent, keys, is_single);
+    return found->second(parent, keys, is_single, typed);
 }

@@ -54,12 +54,16 @@ class CLookupBrowser : public CTarvoDialog {
 /// Opens the editor of a table.
 /// @param keys  the record in the order of BrowseDescription::keys; its last key "0" = a new one below the others
 /// @param is_single  true: the editor closes after the record was stored. Otherwise it goes on with the next new one
+/// @param typed  what the user looked for and did not find, for a new record: digits become its code, words its
+/// description
 /// @return the keys of the record stored last, nothing when none was
-using EditorFunction = std::function<std::optional<RecordKeys>(CWnd *parent, const RecordKeys &keys, bool is_single)>;
+using EditorFunction = std::function<std::optional<RecordKeys>(CWnd *parent, const RecordKeys &keys, bool is_single,
+                                                               const std::string &typed)>;
 
 /// Makes an editor known under the name of its table, so that a browser opens it without knowing it. Editors register
 /// themselves (see TableEditorRegistration); a second registration replaces the first.
 void RegisterEditor(std::string_view table, EditorFunction editor);
 bool HasEditor(std::string_view table);
 /// Opens it, see EditorFunction. Nothing when the table has none.
-std::optional<RecordKeys> OpenEditor(std::string_view table, CWnd *parent, const RecordKeys &keys, bool is_single);
+std::optional<RecordKeys> OpenEditor(std::string_view table, CWnd *parent, const RecordKeys &keys, bool is_single,
+                                     const std::string &typed = {});

@@ -61,13 +61,13 @@ CPagamenti::CPagamenti(CWnd *parent) : CTableEditor("pagamenti", parent)
     KeyField("pag_codice", form.Code("&Codice", m_record.pag_codice));
     Field("pag_desc", form.Text("&Descrizione", m_record.pag_desc));
     payment_type_ = Field("pag_tipo_pag", form.Choice("&Tipo di pagamento", m_record.pag_tipo_pag, PaymentTypes()));
-    short_text_ = Field("pag_tipo", form.Beside().Text("&Sigla", m_record.pag_tipo, 14));
+    short_text_ = Field("pag_tipo", form.Beside().Text("Sig&la", m_record.pag_tipo, 14));
     Field("pag_genera", form.Flag("&Genera le scadenze", m_record.pag_genera));
     form.Section("Decorrenza e rate");
     Field("pag_ini", form.Choice("Dec&orrenza", m_record.pag_ini, StartRules()));
     Field("pag_gg_ini", form.Beside().Number("&più giorni", m_record.pag_gg_ini, 0, 999));
     Field("pag_num_rate", form.Number("&Numero rate", m_record.pag_num_rate, 0, 60));
-    Field("pag_gg_int", form.Beside().Number("&ogni giorni", m_record.pag_gg_int, 0, 999));
+    Field("pag_gg_int", form.Beside().Number("ogni gio&rni", m_record.pag_gg_int, 0, 999));
     Field("pag_rate_uguali", form.Flag("Rate &uguali, IVA compresa", m_record.pag_rate_uguali));
     Field("pag_iva_separata", form.Flag("&IVA in una rata a sé, la prima", m_record.pag_iva_separata));
     form.Section("Giorni e mesi");

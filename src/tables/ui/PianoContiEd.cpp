@@ -9,6 +9,7 @@
 
 #include <QKeyEvent>
 #include <QLabel>
+#include <QScopedValueRollback>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -16,7 +17,7 @@ namespace {
 
 enum ListColumn : long { kCode = 1, kDescription };
 
-constexpr int kListCharacters = 34, kListLines = 24;
+constexpr int kDescriptionCharacters = 24, kListCharacters = kDescriptionCharacters + 16, kListLines = 24;
 
 } // namespace
 
@@ -55,7 +56,11 @@ void CPianoContiEd::BuildLevel(std::size_t level, QWidget *host)
     layout->addWidget(title);
     auto *list = new CSpreadSheet(host);
     list->SetColumns({{.title = "Codice", .type = Type::Code, .width = 7, .locked = true},
-                      {.title = "Descrizione", .type = Type::Text, .width = 24, .locked = true, .stretch = true}});
+                      {.title = "Descrizione",
+                       .type = Type::Text,
+                       .width = kDescriptionCharacters,
+                       .locked = true,
+                       .stretch = true}});
     list->setAccessibleName(title->text());
     list->setMinimumSize(CharactersWide(list, kListCharacters), list->fontMetrics().height() * kListLines);
     list->on_row_changed = [this, level](long) { LoadBelow(level); };
@@ -79,10 +84,10 @@ RecordKeys CPianoContiEd::KeysAt(std::size_t level) const
     return keys;
 }
 
-std::size_t CPianoContiEd::FocusedLevel() const
+std::size_t CPianoContiEd::FocusedLevel()
 {
     for (std::size_t level = 0; level < kLevels; ++level)
-        if (lists_[level]->hasFocus()) return level;
+        if (lists_[level]->hasFocus()) last_level_ = level;
     return last_level_;
 }
 
@@ -92,30 +97,29 @@ void CPianoContiEd::LoadLevel(std::size_t level, const std::string &code_to_stan
     const RecordKeys above = level == 0 ? RecordKeys{} : KeysAt(level - 1);
     for (std::size_t i = 0; i < above.size(); ++i) fixed.emplace_back(tables_[level]->keys[i], std::stol(above[i]));
     CSpreadSheet *list = lists_[level];
-    is_loading_ = true;
-    list->BeginUpdate();
-    list->Clear();
+    const QScopedValueRollback loading(is_loading_, true);
     long stand_on = 1;
-    CommandScope scope(nullptr);
-    ForEachBrowseRow(scope.get(), *tables_[level], fixed, [&](const BrowseRow &row) {
-        const long at = list->RowCount() + 1;
-        list->InsertRow(at);
-        list->SetLong(at, kCode, std::stol(row.keys.back()));
-        for (std::size_t i = 0; i < tables_[level]->columns.size(); ++i)
-            if (std::string_view(tables_[level]->columns[i].column) == tables_[level]->description)
-                list->SetText(at, kDescription, CellText(tables_[level]->columns[i], row.cells[i]));
-        if (row.keys.back() == code_to_stand_on) stand_on = at;
-        return true;
-    });
-    list->EndUpdate();
+    {
+        const SpreadUpdate update(list);
+        list->Clear();
+        CommandScope scope(nullptr);
+        ForEachBrowseRow(scope.get(), *tables_[level], fixed, [&](const BrowseRow &row) {
+            const long at = list->RowCount() + 1;
+            list->InsertRow(at);
+            list->SetLong(at, kCode, std::stol(row.keys.back()));
+            for (std::size_t i = 0; i < tables_[level]->columns.size(); ++i)
+                if (std::string_view(tables_[level]->columns[i].column) == tables_[level]->description)
+                    list->SetText(at, kDescription, CellText(tables_[level]->columns[i], row.cells[i]));
+            if (row.keys.back() == code_to_stand_on) stand_on = at;
+            return true;
+        });
+    }
     if (list->RowCount() > 0) list->SetActiveCell(stand_on, kCode);
-    is_loading_ = false;
     if (level + 1 < kLevels) LoadLevel(level + 1);
 }
 
 void CPianoContiEd::LoadBelow(std::size_t level)
 {
-    last_level_ = level;
     if (is_loading_ || level + 1 >= kLevels) return;
     Guarded(LUMERA_TAG, [&] { LoadLevel(level + 1); });
 }

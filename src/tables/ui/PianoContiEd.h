@@ -26,7 +26,7 @@ class CPianoContiEd : public CTarvoDialog {
     void LoadBelow(std::size_t level);
     /// Keys of the row on which the level stands, with those of the levels above; the last one "0" when it has none.
     RecordKeys KeysAt(std::size_t level) const;
-    std::size_t FocusedLevel() const;
+    std::size_t FocusedLevel(); ///< the last one that had it while a button has it
 
     void OnRecordNuovo();
     void OnRecordApri();
@@ -36,6 +36,6 @@ class CPianoContiEd : public CTarvoDialog {
 
     std::array<const BrowseDescription *, kLevels> tables_;
     std::array<CSpreadSheet *, kLevels> lists_{};
-    std::size_t last_level_ = 0;
+    std::size_t last_level_ = 0; ///< see FocusedLevel
     bool is_loading_ = false;
 };

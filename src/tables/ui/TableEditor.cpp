@@ -83,6 +83,12 @@ bool TableEditorSupport::HaveSameValues(const void *one, const void *other) cons
     });
 }
 
+void TableEditorSupport::SetDescription(void *record, std::string_view description) const
+{
+    const ColumnDescription &column = ColumnOf(description_, description_.description);
+    if (column.kind == ColumnKind::Text) static_cast<BoundedText *>(Member(column, record))->Assign(description);
+}
+
 CTarvoField *TableEditorSupport::FieldOfColumn(const std::string &column) const
 {
     const auto found = fields_.find(column);
@@ -98,4 +104,17 @@ QString TableEditorSupport::Title(const void *record, bool is_loaded) const
 QString TableEditorSupport::Name(const void *record) const
 {
     return ToQt(KeyText(KeysOf(record)) + " " + DescriptionOf(record));
+}
+
+bool IsTypedCode(std::string_view typed)
+{
+    constexpr std::size_t kDigitsMax = 4;
+    return typed.size() <= kDigitsMax && !typed.starts_with('0') && ParseCode(typed).value_or(0) != 0;
+}
+
+bool IsTypedDescription(std::string_view typed)
+{
+    return std::any_of(typed.begin(), typed.end(), [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c & 0x80) != 0; // a letter beyond ASCII
+    });
 }

@@ -20,6 +20,7 @@ class TableEditorSupport {
     RecordKeys KeysOf(const void *record) const;
     void SetKeys(void *record, const RecordKeys &keys) const;
     std::string DescriptionOf(const void *record) const;
+    void SetDescription(void *record, std::string_view description) const; ///< cut to its length
     /// True when the columns of the two records that are no keys hold the same values.
     bool HaveSameValues(const void *one, const void *other) const;
 
@@ -61,6 +62,7 @@ class CTableEditor : public Base {
 
     long m_codice = 0;     ///< record to open, set before DoModal, 0 = a new one; after it the one stored last
     RecordKeys m_keys;     ///< the same for tables with several keys; wins over m_codice when it is not empty
+    std::string m_typed;   ///< what the user looked for before a new record was asked for, see EditorFunction
     bool m_saved = false;  ///< a record was stored
     bool m_single = false; ///< the editor closes after a record was stored or deleted
 
@@ -83,7 +85,7 @@ class CTableEditor : public Base {
 
     // What derived editors add.
     virtual void OnNewRecord() {}   ///< preset values of a new record, in m_record, before it is shown
-    virtual void OnRecordShown() {} ///< after the record went to the controls: labels, protection
+    virtual void OnRecordShown() {} ///< after the record went to the controls, before Protect: labels
     virtual bool BeforeStore()
     {
         return true;
@@ -112,7 +114,8 @@ class CTableEditor : public Base {
     /// Loads a record and shows it, without asking about the present one. @return false when there is none
     bool Open(const RecordKeys &keys);
     /// Starts a new record with these keys, as Blank does with the proposed ones, and shows it.
-    void StartNew(const RecordKeys &keys);
+    /// @param description  it begins with; empty = none
+    void StartNew(const RecordKeys &keys, std::string_view description = {});
     const Record *Loaded() const { return loaded_ ? &*loaded_ : nullptr; } ///< as it was read; null for a new one
     const TableEditorSupport &Support() const { return support_; }
     /// Puts the focus on the field of a column, or beside a template row (overridden by who has rows).
@@ -122,6 +125,7 @@ class CTableEditor : public Base {
 
   private:
     bool OnKeyEntered();
+    void StartTyped();
     bool Read(Record *record);
     void Show(const Record &record, bool is_loaded);
     void GoTo(bool forward);
@@ -134,12 +138,17 @@ class CTableEditor : public Base {
     long proposed_ = 0; ///< code proposed for the new record; 0 = the user's own
 };
 
+/// A text that can only be meant as a code: a few digits. More of them may be part of a VAT number or a telephone.
+bool IsTypedCode(std::string_view typed);
+bool IsTypedDescription(std::string_view typed); ///< has letters
+
 /// Runs an editor as RegisterEditor wants it.
 template <class Editor>
-std::optional<RecordKeys> EditWith(CWnd *parent, const RecordKeys &keys, bool is_single)
+std::optional<RecordKeys> EditWith(CWnd *parent, const RecordKeys &keys, bool is_single, const std::string &typed = {})
 {
     Editor editor(parent);
     editor.m_keys = keys;
+    editor.m_typed = typed;
     editor.m_single = is_single;
     editor.DoModal();
     if (!editor.m_saved) return std::nullopt;
@@ -167,18 +176,18 @@ bool CTableEditor<Record, Base>::OnInitDialog()
 {
     if (m_keys.empty() && m_codice != 0) m_keys = {std::to_string(m_codice)};
     bool is_ready = true;
-    this->Guarded(LUMERA_TAG, [&] {
+    const bool is_read = this->Guarded(LUMERA_TAG, [&] {
         if (m_keys.empty()) {
             Blank();
             SetField();
         } else if (m_keys.back() == "0") {
-            StartNew(m_keys);
+            StartTyped();
         } else {
             is_ready = Open(m_keys);
             if (!is_ready) AfxMessageBox("Il codice " + m_keys.back() + " non esiste più in archivio.", MB_ICONERROR);
         }
     });
-    return is_ready;
+    return is_read && is_ready;
 }
 
 template <class Record, class Base>
@@ -291,6 +300,8 @@ void CTableEditor<Record, Base>::SetField()
     this->SetStatus({});
     OnRecordShown();
     this->SetChanged(false);
+    CommandScope scope(nullptr);
+    this->Protect(scope.get());
 }
 
 template <class Record, class Base>
@@ -309,8 +320,23 @@ void CTableEditor<Record, Base>::Blank()
     loaded_.reset();
 }
 
+/// A new record from what was typed in a list: a free code is the user's own, words are the description.
 template <class Record, class Base>
-void CTableEditor<Record, Base>::StartNew(const RecordKeys &keys)
+void CTableEditor<Record, Base>::StartTyped()
+{
+    const std::string typed = std::exchange(m_typed, {});
+    RecordKeys keys = m_keys;
+    Record found{};
+    if (IsTypedCode(typed)) {
+        keys.back() = typed;
+        support_.SetKeys(&found, keys);
+        if (!Read(&found)) return StartNew(keys);
+    }
+    StartNew(m_keys, IsTypedDescription(typed) ? typed : std::string());
+}
+
+template <class Record, class Base>
+void CTableEditor<Record, Base>::StartNew(const RecordKeys &keys, std::string_view description)
 {
     m_record = Record{};
     support_.SetKeys(&m_record, keys);
@@ -319,6 +345,7 @@ void CTableEditor<Record, Base>::StartNew(const RecordKeys &keys)
         support_.SetKeys(&m_record, keys);
         proposed_ = 0;
     }
+    if (!description.empty()) support_.SetDescription(&m_record, description);
     SetField();
 }
 
