@@ -12,7 +12,8 @@
 namespace {
 
 constexpr int kFirstYear = 1800, kLastYear = 2199; ///< outside, a year of four digits was mistyped
-long g_working_day = 0;
+long g_working_day = 0;                            ///< 0 = no date was typed in this year yet
+long g_fiscal_year = 0;
 
 int Number(std::string_view digits)
 {
@@ -122,7 +123,7 @@ bool CDateField::Complete()
     const std::optional<long> day = CompleteDate(FromQt(text()), WorkingDate());
     if (!day) return false;
     value_ = *day;
-    if (typed_ && value_ != 0) SetWorkingDate(value_);
+    if (typed_) NoteTypedDate(value_);
     typed_ = false;
     ShowKeepingMark(this, ToQt(FormatDate(value_)));
     return true;
@@ -133,14 +134,34 @@ void CDateField::SetWorkingDate(long day)
     g_working_day = day;
 }
 
+void CDateField::SetFiscalYear(long year)
+{
+    const bool is_year = year >= kFirstYear && year <= kLastYear;
+    g_fiscal_year = is_year ? year : 0;
+    g_working_day = 0;
+}
+
 long CDateField::WorkingDate()
 {
-    return g_working_day != 0 ? g_working_day : CurrentUserInterface().Today();
+    if (g_working_day != 0) return g_working_day;
+    const long today = CurrentUserInterface().Today();
+    if (g_fiscal_year == 0) return today;
+    const int year = static_cast<int>(g_fiscal_year);
+    return std::clamp(today, DateToJulian(1, 1, year), DateToJulian(31, 12, year));
+}
+
+void CDateField::NoteTypedDate(long day)
+{
+    const long year = g_fiscal_year != 0 ? g_fiscal_year : Year(WorkingDate());
+    if (day != 0 && Year(day) == year) g_working_day = day;
 }
 
 void CDateField::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_F4 && event->modifiers() == Qt::NoModifier) return OpenLookup(this);
+    const bool is_month_key = (event->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier &&
+                              (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down);
+    if (is_month_key && !isReadOnly()) return StepMonth(event->key() == Qt::Key_Up ? 1 : -1);
     const bool is_plain = !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
     if (is_plain && !isReadOnly() && event->text().size() == 1 && OnDateKey(event->text().front().toLower())) return;
     QLineEdit::keyPressEvent(event);
@@ -153,8 +174,7 @@ void CDateField::mouseDoubleClickEvent(QMouseEvent *)
 
 bool CDateField::OnDateKey(QChar key)
 {
-    const std::optional<long> typed = CompleteDate(FromQt(text()), WorkingDate());
-    const long day = typed.value_or(value_) ? typed.value_or(value_) : WorkingDate();
+    const long day = DayShown();
     switch (key.unicode()) {
     case '-':
         if (isModified() && !hasSelectedText() && AwaitsSeparator(text())) return false;
@@ -173,6 +193,22 @@ bool CDateField::OnDateKey(QChar key)
     default:
         return false;
     }
+}
+
+/// The same day of another month; the 31st is the 30th, or the last of February, where the month is shorter.
+void CDateField::StepMonth(int months)
+{
+    const long day = DayShown();
+    const int month = Year(day) * 12 + Month(day) - 1 + months;
+    const long first = DateToJulian(1, month % 12 + 1, month / 12);
+    if (first == 0) return; // before the first year of all, or behind the last
+    TakeTyped(std::min(first + Day(day) - 1, LastDayOfMonth(first)));
+}
+
+long CDateField::DayShown() const
+{
+    const long day = Value();
+    return day != 0 ? day : WorkingDate();
 }
 
 void CDateField::TakeTyped(long day)

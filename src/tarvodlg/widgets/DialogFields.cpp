@@ -4,6 +4,7 @@
 #include "tarvodlg/widgets/DialogState.h"
 #include "tarvodlg/widgets/SpreadSheet.h"
 
+#include <QLabel>
 #include <QPointer>
 #include <QScopedValueRollback>
 #include <algorithm>
@@ -70,7 +71,8 @@ bool CTarvoDialog::CheckField(CTarvoField *field)
     state_->checking = true;
     Guarded(LUMERA_TAG, [&] {
         field->SetModified(false);
-        if (!field->Complete()) return;
+        if (!field->Complete()) return ShowReason(ToQt(field->Reason()));
+        ForgetReason();
         const auto handler = state_->handlers.find(field);
         is_good = handler == state_->handlers.end() || handler->second();
     });
@@ -83,6 +85,21 @@ bool CTarvoDialog::CheckField(CTarvoField *field)
     else
         field->SetModified(true); // the handler refused another field itself, whose turn it is now
     return false;
+}
+
+void CTarvoDialog::ShowReason(const QString &reason)
+{
+    ForgetReason();
+    if (reason.isEmpty()) return;
+    const QString before = state_->status->text();
+    SetStatus(reason);
+    state_->reason = reason;
+    state_->status_before = before;
+}
+
+void CTarvoDialog::ForgetReason()
+{
+    if (!state_->reason.isEmpty()) SetStatus(state_->status_before);
 }
 
 void CTarvoDialog::RefuseField(CTarvoField *field)
@@ -131,6 +148,7 @@ void CTarvoDialog::OpenLookup(CTarvoField *field)
 void CTarvoDialog::ShowFields()
 {
     for (const State::Binding &binding : state_->bindings) binding.show();
+    ForgetReason();
     SetChanged(false);
 }
 

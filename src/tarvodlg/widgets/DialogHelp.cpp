@@ -1,5 +1,6 @@
 #include "tarvodlg/widgets/DialogHelp.h"
 
+#include "tarvodlg/widgets/SpreadSheet.h"
 #include "tarvodlg/widgets/TarvoDialog.h"
 
 #include <QDialog>
@@ -26,9 +27,18 @@ constexpr KeyLine kCommonKeys[] = {
     {"F1", "Questa finestra"},
     {"Esc", "Uscita"},
 };
+constexpr KeyLine kListKeys[] = {
+    {"Lettere, cifre", "Cerca nella colonna attiva"},
+    {"Alt+↓", "Trova la riga successiva"},
+};
+constexpr KeyLine kSortKeys[] = {
+    {"Ctrl+Maiusc+↓, Ctrl+Maiusc+↑", "Ordina secondo la colonna attiva, crescente o decrescente"},
+    {"Clic sul titolo", "Ordina secondo la colonna"},
+};
 constexpr KeyLine kTyping[] = {
     {"15  1503  150326  15/3", "Nelle date: giorno, mese e anno mancanti vengono completati"},
     {"+  -  t  f", "Nelle date: giorno dopo, giorno prima, oggi, fine mese"},
+    {"Ctrl+↑  Ctrl+↓", "Nelle date: mese dopo, mese prima"},
     {"100+22  3*12,50", "Negli importi: il conto viene svolto; il punto del tastierino è la virgola"},
 };
 
@@ -51,7 +61,24 @@ QString KeysOf(const DialogCommand &command)
     return keys.join(QLatin1String(", "));
 }
 
-QWidget *KeyCard(const std::vector<DialogCommand> &commands)
+/// What the grids of the window offer to who only reads them.
+struct Lists {
+    bool any = false, sortable = false;
+};
+
+Lists ListsOf(const QWidget *window)
+{
+    Lists lists;
+    for (const QTableView *view : window->findChildren<QTableView *>()) {
+        const auto *grid = dynamic_cast<const CSpreadSheet *>(view);
+        if (!grid || grid->selectionBehavior() != QAbstractItemView::SelectRows) continue;
+        lists.any = true;
+        lists.sortable = lists.sortable || grid->CanSort();
+    }
+    return lists;
+}
+
+QWidget *KeyCard(const std::vector<DialogCommand> &commands, const Lists &lists)
 {
     auto *card = new QWidget;
     auto *lines = new QFormLayout(card);
@@ -68,6 +95,11 @@ QWidget *KeyCard(const std::vector<DialogCommand> &commands)
     }
     lines->addRow(Heading(QStringLiteral("In tutte le finestre"), card));
     for (const KeyLine &line : kCommonKeys) add(QString::fromUtf8(line.key), QString::fromUtf8(line.meaning));
+    if (lists.any) lines->addRow(Heading(QStringLiteral("Negli elenchi"), card));
+    if (lists.any)
+        for (const KeyLine &line : kListKeys) add(QString::fromUtf8(line.key), QString::fromUtf8(line.meaning));
+    if (lists.sortable)
+        for (const KeyLine &line : kSortKeys) add(QString::fromUtf8(line.key), QString::fromUtf8(line.meaning));
     lines->addRow(Heading(QStringLiteral("Battendo"), card));
     for (const KeyLine &line : kTyping) add(QString::fromUtf8(line.key), QString::fromUtf8(line.meaning));
     return card;
@@ -83,7 +115,7 @@ void ShowDialogHelp(QWidget *parent, const QString &title, const std::vector<Dia
     auto *scroll = new QScrollArea(&window);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
-    QWidget *card = KeyCard(commands);
+    QWidget *card = KeyCard(commands, ListsOf(parent));
     scroll->setWidget(card);
     const int room = window.screen()->availableSize().height() * 3 / 4;
     scroll->setMinimumHeight(std::min(card->sizeHint().height() + window.fontMetrics().height(), room));

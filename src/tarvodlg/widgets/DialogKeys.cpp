@@ -22,14 +22,6 @@ CTarvoDialog *DialogOf(QWidget *widget)
     return widget ? dynamic_cast<CTarvoDialog *>(widget->window()) : nullptr;
 }
 
-QWidget *FirstField(QWidget *page)
-{
-    for (QWidget *next = page->nextInFocusChain(); next != page; next = next->nextInFocusChain())
-        if (page->isAncestorOf(next) && next->isVisible() && next->isEnabled() && (next->focusPolicy() & Qt::TabFocus))
-            return next;
-    return nullptr;
-}
-
 int TabOfKey(const QTabWidget &tabs, const QKeyEvent &key)
 {
     const Qt::KeyboardModifiers modifiers = key.modifiers() & ~Qt::KeypadModifier;
@@ -162,6 +154,20 @@ bool KeepsItsKeys(const QWidget *focus)
     return false;
 }
 
+QWidget *EdgeOf(QWidget *page, bool first)
+{
+    const auto next_of = [first](const QWidget *widget) {
+        return first ? widget->nextInFocusChain() : widget->previousInFocusChain();
+    };
+    for (QWidget *next = next_of(page); next != page; next = next_of(next)) {
+        const bool is_stop = next->isVisible() && next->isEnabled() && (next->focusPolicy() & Qt::TabFocus) &&
+                             !next->focusProxy(); // which is a control of its own
+        // The editor of a cell belongs to its grid.
+        if (is_stop && page->isAncestorOf(next) && !KeepsItsKeys(next->parentWidget())) return next;
+    }
+    return nullptr;
+}
+
 bool TranslateTabKey(CTarvoDialog *dialog, QTabWidget *tabs, QKeyEvent *key)
 {
     const int wanted = TabOfKey(*tabs, *key);
@@ -169,7 +175,7 @@ bool TranslateTabKey(CTarvoDialog *dialog, QTabWidget *tabs, QKeyEvent *key)
     if (wanted == tabs->currentIndex() || !tabs->isTabEnabled(wanted) || !dialog->LeaveFocusedField()) return true;
     tabs->setCurrentIndex(wanted);
     QWidget *page = tabs->currentWidget();
-    QWidget *field = page->isAncestorOf(dialog->focusWidget()) ? dialog->focusWidget() : FirstField(page);
+    QWidget *field = page->isAncestorOf(dialog->focusWidget()) ? dialog->focusWidget() : EdgeOf(page, true);
     if (field) field->setFocus(Qt::TabFocusReason);
     return true;
 }

@@ -42,5 +42,8 @@ bool KeepsItsKeys(const QWidget *focus);
 /// @return true when the key was used up
 bool TranslateTabKey(CTarvoDialog *dialog, QTabWidget *tabs, QKeyEvent *key);
 
+/// The first (last) control of the page that Enter and Tab stop at; null when it has none. The page must be in front.
+QWidget *EdgeOf(QWidget *page, bool first);
+
 /// Brings the tabs on which the widget stands to the front.
 void BringToFront(QWidget *widget);

@@ -2,6 +2,7 @@
 
 #include "tarvodlg/widgets/TarvoDialog.h"
 
+#include <QPointer>
 #include <map>
 
 class QLabel;
@@ -16,6 +17,7 @@ struct CTarvoDialog::State {
     QVBoxLayout *frame = nullptr;
     QWidget *content = nullptr, *foot = nullptr;
     QHBoxLayout *buttons = nullptr;
+    QPointer<QWidget> after_fields; ///< the button outside the foot that Enter on the last field leads to
     QLabel *status = nullptr;
 
     std::vector<DialogCommand> commands;
@@ -23,6 +25,8 @@ struct CTarvoDialog::State {
 
     std::vector<Binding> bindings;
     std::map<CTarvoField *, std::function<bool()>> handlers;
+
+    QString reason, status_before; ///< why a field was refused, shown as the status; what it covers
 
     CTarvoField *refused = nullptr; ///< gets the focus back once what the user is doing has run its course
     int refusals = 0;

@@ -49,6 +49,8 @@ class CTarvoField {
     /// Turns what was typed into a value and shows it in full ("15" becomes "15/03/2026").
     /// @return false when it can't be read; the text stays as typed
     virtual bool Complete() { return true; }
+    /// Why Complete gave false the last time, in the few words of a status line; empty = the beep says enough.
+    virtual std::string Reason() const { return {}; }
 
     /// True after the user (not the program) changed the field.
     virtual bool IsModified() const = 0;

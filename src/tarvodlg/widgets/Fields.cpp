@@ -83,6 +83,11 @@ bool CTextField::Complete()
     return code.has_value();
 }
 
+std::string CTextField::Reason() const
+{
+    return lookup_ ? lookup_->Reason() : std::string();
+}
+
 void CTextField::mouseDoubleClickEvent(QMouseEvent *event)
 {
     if (!on_dbl_click) return QLineEdit::mouseDoubleClickEvent(event); // selects the word
@@ -142,11 +147,13 @@ bool CCodeField::Complete()
     std::string typed = FromQt(text().trimmed());
     if (!typed.empty() && std::all_of(typed.begin(), typed.end(), [](char c) { return IsDigit(QLatin1Char(c)); })) {
         const std::optional<long> code = ReadCode(typed);
+        reason_ = LookupSupport::kUnknownCode;
         if (!code) return false;
         typed = std::to_string(*code); // without zeros in front
     }
     if (lookup_) {
         const std::optional<std::string> code = lookup_->Resolve(typed);
+        reason_ = lookup_->Reason();
         if (!code) return false;
         typed = *code;
     }

@@ -23,6 +23,7 @@ class CTextField : public QLineEdit, public CTarvoField {
 
     QWidget *Widget() override { return this; }
     bool Complete() override; ///< with a lookup as CCodeField does
+    std::string Reason() const override;
     bool IsModified() const override { return QLineEdit::isModified(); }
     void SetModified(bool modified) override { QLineEdit::setModified(modified); }
     void SelectAll() override { selectAll(); }
@@ -55,6 +56,7 @@ class CCodeField : public QLineEdit, public CTarvoField {
     QWidget *Widget() override { return this; }
     /// Letters that match one row only become its code; a code the lookup does not know is refused. 0 and empty pass.
     bool Complete() override;
+    std::string Reason() const override { return reason_; }
     bool IsModified() const override { return QLineEdit::isModified(); }
     void SetModified(bool modified) override { QLineEdit::setModified(modified); }
     void SelectAll() override { selectAll(); }
@@ -65,6 +67,7 @@ class CCodeField : public QLineEdit, public CTarvoField {
 
   private:
     std::unique_ptr<class LookupSupport> lookup_;
+    std::string reason_;
 };
 
 /// An amount: decimal comma, thousands point; the point of the keypad is the comma. Simple sums as "100+22" or
@@ -84,6 +87,7 @@ class CAmountField : public QLineEdit, public CTarvoField {
 
     QWidget *Widget() override { return this; }
     bool Complete() override;
+    std::string Reason() const override { return decimals_ == 0 ? "Numero non valido" : "Importo non valido"; }
     bool IsModified() const override { return QLineEdit::isModified(); }
     void SetModified(bool modified) override { QLineEdit::setModified(modified); }
     void SelectAll() override { selectAll(); }
@@ -107,8 +111,8 @@ class CAmountField : public QLineEdit, public CTarvoField {
 std::optional<double> EvaluateAmount(std::string_view typed);
 
 /// A date. Takes "15", "1503", "150326", "15032026", "15/3", "15/3/26" with / . or -; what is missing is completed from
-/// the working date and the fiscal year. "+" and "-" step a day ("-" behind a day or a month just typed is a
-/// separator), "t" or "o" is today, "f" the end of the month.
+/// the working date. "+" and "-" step a day ("-" behind a day or a month just typed is a separator), Ctrl+Up and
+/// Ctrl+Down a month, "t" or "o" is today, "f" the end of the month. An empty date stays empty.
 class CDateField : public QLineEdit, public CTarvoField {
   public:
     explicit CDateField(CWnd *parent = nullptr);
@@ -119,14 +123,20 @@ class CDateField : public QLineEdit, public CTarvoField {
 
     QWidget *Widget() override { return this; }
     bool Complete() override;
+    std::string Reason() const override { return "Data non valida"; }
     bool IsModified() const override { return QLineEdit::isModified(); }
     void SetModified(bool modified) override { QLineEdit::setModified(modified); }
     void SelectAll() override { selectAll(); }
 
-    /// The date from which missing parts are completed: month and year of the last date entered at this station, else
-    /// today's month in the fiscal year. Set by the host when a company is opened. Day number.
-    static void SetWorkingDate(long day);
+    /// The year whose entries are made, 0 = no company is open. The working date starts anew: it is today, or the day
+    /// of the year nearest to it. Called by the host when it opens a company or changes the year.
+    static void SetFiscalYear(long year);
+    /// The date from which missing parts are completed, in forms and grids alike. Day number.
     static long WorkingDate();
+    static void SetWorkingDate(long day); ///< 0 = as after SetFiscalYear
+    /// Tells of a date that the user typed: it becomes the working date when it falls into the fiscal year (without
+    /// one, into the working date's). A birthday or an old document does not take the next entries along.
+    static void NoteTypedDate(long day);
 
   protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -134,6 +144,8 @@ class CDateField : public QLineEdit, public CTarvoField {
 
   private:
     bool OnDateKey(QChar key);
+    void StepMonth(int months);
+    long DayShown() const; ///< from which keys step: what is typed, else the value, else the working date
     void TakeTyped(long day);
 
     long value_ = 0;

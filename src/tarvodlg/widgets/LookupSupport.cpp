@@ -2,6 +2,7 @@
 
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/base/Text.h"
+#include "tarvodlg/base/UserInterface.h"
 #include "tarvolumera/SaExceptionDisplay.h"
 
 #include <QApplication>
@@ -15,7 +16,8 @@ namespace {
 
 constexpr std::size_t kOffered = 12; ///< as many as a glance takes in; who wants more opens the browser
 
-/// The answer of the lookup, or an empty one when the database failed; the error is shown.
+/// The answer of the lookup, or an empty one when it failed; the error is shown. It may be asked out of an event, which
+/// nothing that is thrown may pass.
 template <typename Question>
 auto Asked(const Question &question) -> decltype(question())
 {
@@ -23,8 +25,10 @@ auto Asked(const Question &question) -> decltype(question())
         return question();
     } catch (const SAException &error) {
         SAExceptionDisplay(error, LUMERA_TAG, false);
-        return {};
+    } catch (const std::exception &error) {
+        AfxMessageBox(error.what(), MB_OK | MB_ICONERROR);
     }
+    return {};
 }
 
 bool IsNumber(std::string_view text)
@@ -52,6 +56,7 @@ LookupSupport::~LookupSupport()
 
 std::optional<std::string> LookupSupport::Resolve(const std::string &typed)
 {
+    reason_.clear();
     std::optional<LookupMatch> found = Highlighted();
     ClosePopup();
     if (!found) found = Find(typed);
@@ -206,10 +211,12 @@ std::optional<LookupMatch> LookupSupport::Find(const std::string &typed)
     if (typed.empty() || typed == "0") return LookupMatch{typed, {}};
     return Asked([&]() -> std::optional<LookupMatch> {
         if (auto description = lookup_->Describe(typed)) return LookupMatch{typed, std::move(*description)};
-        if (IsNumber(typed)) return std::nullopt; // the beginning of a longer code does not mean that code
-        std::vector<LookupMatch> matches = lookup_->Match(typed, 2);
-        if (matches.size() != 1) return std::nullopt;
-        return std::move(matches.front());
+        // The beginning of a longer code does not mean that code.
+        std::vector<LookupMatch> matches;
+        if (!IsNumber(typed)) matches = lookup_->Match(typed, 2);
+        if (matches.size() == 1) return std::move(matches.front());
+        reason_ = matches.empty() ? kUnknownCode : "Più voci corrispondono: F4 per scegliere";
+        return std::nullopt;
     });
 }
 

@@ -17,6 +17,8 @@ class QTreeWidgetItem;
 /// while it is open, before the dialog gives them its own meaning.
 class LookupSupport : public QObject {
   public:
+    static constexpr const char *kUnknownCode = "Codice sconosciuto";
+
     /// @param description  label for the description of the code; null = none
     LookupSupport(QLineEdit *edit, std::shared_ptr<CodeLookup> lookup, QLabel *description);
     ~LookupSupport() override;
@@ -25,6 +27,8 @@ class LookupSupport : public QObject {
     /// letters match. Its description is shown; it is cleared when the code is unknown or ambiguous, and nothing comes
     /// back. @param typed  an empty text and "0" mean no code and pass
     std::optional<std::string> Resolve(const std::string &typed);
+    /// Why Resolve gave nothing; empty when it gave a code, or an error was shown already.
+    const std::string &Reason() const { return reason_; }
 
     /// Shows what the code means; an empty or unknown code clears the label.
     void ShowDescription(const std::string &code);
@@ -54,4 +58,5 @@ class LookupSupport : public QObject {
     std::shared_ptr<CodeLookup> lookup_;
     QPointer<QLabel> description_;
     QPointer<QTreeWidget> popup_;
+    std::string reason_;
 };

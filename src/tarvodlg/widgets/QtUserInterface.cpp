@@ -17,6 +17,7 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QStyle>
 #include <QTranslator>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -24,26 +25,19 @@
 
 namespace {
 
-/// The window over which a further one opens.
-QWidget *WindowInFront()
-{
-    QWidget *modal = QApplication::activeModalWidget();
-    return modal ? modal : QApplication::activeWindow();
-}
-
-QMessageBox::Icon IconOf(unsigned flags)
+QString IconOf(unsigned flags)
 {
     switch (flags & 0xF0) {
     case MB_ICONERROR:
-        return QMessageBox::Critical;
+        return QStringLiteral("errore");
     case MB_ICONQUESTION:
-        return QMessageBox::Question;
+        return QStringLiteral("domanda");
     case MB_ICONEXCLAMATION:
-        return QMessageBox::Warning;
+        return QStringLiteral("avviso");
     case MB_ICONINFORMATION:
-        return QMessageBox::Information;
+        return QStringLiteral("informazione");
     default:
-        return QMessageBox::NoIcon;
+        return {};
     }
 }
 
@@ -191,6 +185,12 @@ void PrepareForSaving(QFileDialog *dialog, const std::vector<FileFilter> &filter
 
 } // namespace
 
+QWidget *WindowInFront()
+{
+    QWidget *modal = QApplication::activeModalWidget();
+    return modal ? modal : QApplication::activeWindow();
+}
+
 QtUserInterface::QtUserInterface() = default;
 QtUserInterface::~QtUserInterface() = default;
 
@@ -201,7 +201,9 @@ int QtUserInterface::MessageBox(const std::string &text, unsigned flags)
     box.setTextFormat(Qt::PlainText); // names of companies and files may look like markup
     box.setText(ToQt(text));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse);
-    box.setIcon(IconOf(flags));
+    const int icon_size = box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &box);
+    const QIcon icon = TarvoIcon(IconOf(flags));
+    if (!icon.isNull()) box.setIconPixmap(icon.pixmap(QSize(icon_size, icon_size), box.devicePixelRatioF()));
 
     std::vector<std::pair<QAbstractButton *, int>> buttons;
     for (const int answer : AnswersOf(flags)) {

@@ -23,6 +23,9 @@ class QtUserInterface : public UserInterface {
     std::string UserName() override;
 };
 
+/// The window over which a further one opens: the one that blocks the others, else the active one; may be null.
+QWidget *WindowInFront();
+
 /// Prepares the one QApplication for the programs of the suite: Italian locale and standard texts, style, icon,
 /// routing of keys to the dialogs. Call once after making the application.
 void SetUpApplication();

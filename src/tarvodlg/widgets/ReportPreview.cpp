@@ -5,15 +5,18 @@
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvodlg/print/ProvisionalFile.h"
+#include "tarvodlg/widgets/QtUserInterface.h"
 #include "tarvolumera/Company.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPdfPageNavigator>
 #include <QPdfSelection>
 #include <QPdfView>
+#include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QScreen>
@@ -30,6 +33,26 @@ constexpr double kZoomStep = 1.2, kZoomMin = 0.2, kZoomMax = 6;
 constexpr double kPointsPerInch = 72;
 constexpr int kPrintResolution = 300; ///< dots per inch: a page of A4 is then 35 MB while it is sent
 constexpr double kShareOfScreen = 0.9;
+constexpr int kPatienceMs = 100; ///< how long the window may stand still while pages are searched
+
+[[noreturn]] void FailReading(const std::string &title)
+{
+    throw FileError(fmt::format("Impossibile leggere le pagine di \"{}\"", title));
+}
+
+/// Copies the pages piece by piece. What stands in the target stays unless all of them could be read.
+void CopyPages(const std::filesystem::path &pdf, const std::filesystem::path &target, const std::string &title)
+{
+    std::ifstream pages(pdf, std::ios::binary);
+    if (!pages) FailReading(title);
+    ProvisionalFile copy(target);
+    for (std::string piece(1 << 16, '\0'); pages;) {
+        pages.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+        copy.Write(std::string_view(piece).substr(0, static_cast<std::size_t>(pages.gcount())));
+    }
+    if (pages.bad() || copy.Size() == 0) FailReading(title);
+    copy.PutInPlace();
+}
 
 } // namespace
 
@@ -215,8 +238,19 @@ void CReportPreview::FindNext()
 {
     const QString words = words_->text().trimmed();
     if (words.isEmpty()) return;
+    const QPointer<CReportPreview> alive(this);
+    const int first = Page();
+    QElapsedTimer still;
+    still.start();
     for (int i = 1; i <= Pages(); ++i) {
-        const int page = (Page() + i) % Pages();
+        const int page = (first + i) % Pages();
+        if (still.hasExpired(kPatienceMs)) {
+            SetStatus(QStringLiteral("Ricerca: pagina %1 di %2").arg(page + 1).arg(Pages()));
+            // Keys and clicks wait: a second search inside the first would lose its place.
+            QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+            if (!alive) return;
+            still.start();
+        }
         const qsizetype at = document_.getAllText(page).text().indexOf(words, 0, Qt::CaseInsensitive);
         if (at < 0) continue;
         const QPdfSelection found =
@@ -250,13 +284,7 @@ void CReportPreview::OnPdf()
 {
     const std::filesystem::path file = PickTarget("Salva PDF", "Documenti PDF (*.pdf)|*.pdf||", "pdf");
     if (file.empty()) return;
-    std::ifstream pages(pdf_, std::ios::binary);
-    ProvisionalFile copy(file);
-    for (std::string piece(1 << 16, '\0'); pages;) {
-        pages.read(piece.data(), static_cast<std::streamsize>(piece.size()));
-        copy.Write(std::string_view(piece).substr(0, static_cast<std::size_t>(pages.gcount())));
-    }
-    copy.PutInPlace();
+    CopyPages(pdf_, file, request_.title);
 }
 
 void CReportPreview::OnExcel()
@@ -277,8 +305,10 @@ void CReportPreview::SaveRows(const std::filesystem::path &file)
     SAConnection connection;
     SACommand command;
     sqldit.OpenConnection(&connection, &command, true);
-    RunReportRows(&command, request_,
-                  [&](std::vector<RowColumn> columns) { return OpenRows(file, request_.title, std::move(columns)); });
+    RunReportRows(
+        &command, request_,
+        [&](std::vector<RowColumn> columns) { return OpenRows(file, request_.title, std::move(columns)); },
+        [&](long rows) { progress.SetStatus(fmt::format("{}: {} righe...", request_.title, rows)); });
 }
 
 bool PrintPdf(CWnd *parent, const std::string &title, const std::filesystem::path &pdf, bool landscape)
@@ -321,11 +351,11 @@ class WindowPresenter : public ReportPresenter {
   public:
     void Preview(const ReportRequest &request, const std::filesystem::path &pdf) override
     {
-        CReportPreview(request, pdf, QApplication::activeWindow()).DoModal();
+        CReportPreview(request, pdf, WindowInFront()).DoModal();
     }
     bool Print(const std::string &title, const std::filesystem::path &pdf, bool landscape) override
     {
-        return PrintPdf(QApplication::activeWindow(), title, pdf, landscape);
+        return PrintPdf(WindowInFront(), title, pdf, landscape);
     }
 };
 

@@ -1,4 +1,5 @@
 #include "tarvodlg/base/UserInterface.h"
+#include "tarvodlg/widgets/Fields.h"
 #include "tarvodlg/widgets/SpreadState.h"
 
 #include <QApplication>
@@ -82,6 +83,8 @@ bool CSpreadSheet::State::TakeTyped()
     SpreadValue value;
     if (!CompleteCell(model.Column(cell.column), editor->text(), &value)) return false;
     if (!original) original = model.Store().Value(cell.row, cell.column);
+    const long *day = std::get_if<long>(&value);
+    if (day && model.Column(cell.column).type == Type::Date) CDateField::NoteTypedDate(*day);
     const bool is_told = Change(cell, value);
     // Shows what handlers made of it, in case that the cell can't be left; a failed handler runs again.
     if (editor && editing.isValid()) editor->setText(ToQt(model.Shown(editing.row(), editing.column())));

@@ -1,6 +1,7 @@
 #include "tarvodlg/widgets/SpreadFoot.h"
 
 #include <QPainter>
+#include <QStyle>
 
 SpreadHeader::SpreadHeader(QWidget *grid) : QHeaderView(Qt::Horizontal, grid)
 {
@@ -20,7 +21,9 @@ void SpreadHeader::paintSection(QPainter *painter, const QRect &rect, int column
     QHeaderView::paintSection(painter, rect, column);
     painter->restore();
     const int padding = SpreadPadding(fontMetrics());
-    const QRect room = rect.adjusted(padding, 0, -padding, 0);
+    const bool has_arrow = isSortIndicatorShown() && sortIndicatorSection() == column;
+    const int arrow = has_arrow ? style()->pixelMetric(QStyle::PM_HeaderMarkSize, nullptr, this) : 0;
+    const QRect room = rect.adjusted(padding, 0, -padding - arrow, 0);
     const int alignment = model()->headerData(column, Qt::Horizontal, Qt::TextAlignmentRole).toInt();
     const QString title = model()->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
     painter->setPen(palette().color(QPalette::ButtonText));

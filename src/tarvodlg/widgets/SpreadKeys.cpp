@@ -156,7 +156,7 @@ bool CSpreadSheet::State::GridKey(QKeyEvent *key)
     default:
         break;
     }
-    if (MoveKey(*key)) return true;
+    if (MoveKey(*key) || SortKey(*key)) return true;
     if (key->matches(QKeySequence::Copy)) {
         Copy();
         return true;

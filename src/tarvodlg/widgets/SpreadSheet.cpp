@@ -57,6 +57,7 @@ void CSpreadSheet::SetColumns(std::vector<Column> columns)
     state_->told_row = -1;
     state_->foot_texts.assign(columns.size(), {});
     state_->user_widths.assign(columns.size(), 0);
+    state_->ForgetSorting();
     state_->model.SetColumns(std::move(columns));
     state_->LoadLayout();
     state_->SizeColumns();
@@ -82,6 +83,7 @@ long CSpreadSheet::RowCount() const
 void CSpreadSheet::SetRowCount(long rows)
 {
     rows = std::max(0L, rows);
+    state_->ForgetSorting();
     if (rows == RowCount()) return;
     const SpreadCell active = state_->Active();
     if (rows == 0) state_->told_row = -1;
@@ -94,6 +96,7 @@ void CSpreadSheet::SetRowCount(long rows)
 void CSpreadSheet::InsertRow(long before)
 {
     before = std::clamp(before, 1L, RowCount() + 1);
+    state_->ForgetSorting();
     SpreadCell active = state_->Active();
     if (active.row >= before - 1) {
         ++active.row;
@@ -267,6 +270,7 @@ void CSpreadSheet::BeginUpdate()
 {
     if (state_->updates == 0) {
         state_->batch_active = state_->Active();
+        state_->ForgetSorting();
         state_->model.BeginBatch();
     }
     ++state_->updates;

@@ -89,6 +89,13 @@ class CSpreadSheet : public QTableView {
     /// Finds the next row, from the one given, whose cell contains the text, whatever case and accents. 0 = none.
     long FindText(long from_row, long column, const QString &text) const;
 
+    /// Lets the user sort a list (no unlocked cell) by a click on a title, or by Ctrl+Shift+Down and Up for the active
+    /// column. Rows are then numbered as they show, with their data and colours; only who knows a row by its RowData or
+    /// its cells may allow it. Off by default; sorted once, rows that come later stand where they are put.
+    void AllowSorting(bool allow);
+    bool CanSort() const;
+    void Sort(long column, bool ascending); ///< where allowed; the active cell goes along
+
     /// Widths that the user changed, remembered at this station under a name, by column title.
     void RememberLayout(const QString &name);
 
@@ -124,4 +131,16 @@ class CSpreadSheet : public QTableView {
     friend class SpreadDelegate;
     struct State;
     std::unique_ptr<State> state_;
+};
+
+/// BeginUpdate and EndUpdate of a grid around a block, also when the block is left by an exception.
+class SpreadUpdate {
+  public:
+    explicit SpreadUpdate(CSpreadSheet *sheet) : sheet_(sheet) { sheet_->BeginUpdate(); }
+    ~SpreadUpdate() { sheet_->EndUpdate(); }
+    SpreadUpdate(const SpreadUpdate &) = delete;
+    SpreadUpdate &operator=(const SpreadUpdate &) = delete;
+
+  private:
+    CSpreadSheet *sheet_;
 };

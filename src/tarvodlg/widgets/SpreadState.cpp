@@ -48,6 +48,10 @@ void CSpreadSheet::State::Connect()
         layout_changed = true;
         StretchColumns();
     });
+    // The view would select the column whose title is clicked.
+    QObject::disconnect(header, &QHeaderView::sectionPressed, sheet, nullptr);
+    QObject::disconnect(header, &QHeaderView::sectionEntered, sheet, nullptr);
+    QObject::connect(header, &QHeaderView::sectionClicked, sheet, [this](int column) { SortByTitle(column); });
     QObject::connect(sheet->horizontalScrollBar(), &QScrollBar::valueChanged, &foot, [this] { foot.update(); });
 }
 
@@ -137,6 +141,8 @@ void CSpreadSheet::State::Restructured()
         sheet->clearSelection();
         if (current.isValid()) sheet->setCurrentIndex(current);
     }
+    if (sheet->horizontalHeader()->sectionsClickable() != sheet->CanSort())
+        sheet->horizontalHeader()->setSectionsClickable(sheet->CanSort());
     SizeRows();
     sheet->viewport()->update();
     foot.update();

@@ -70,6 +70,12 @@ struct CSpreadSheet::State {
     long FindTyped(const QString &text, long from_row) const; ///< all around the list; -1 = none
     void ShowSearch();
 
+    // Sorting, see SpreadSort.
+    bool SortKey(const QKeyEvent &key);
+    void SortByTitle(int column); ///< a second time the other way round
+    void ForgetSorting();
+    void ShowSorting();
+
     // Handlers of the dialog. Whatever they throw is shown here.
     bool Guarded(const std::function<void()> &work) const;
     void TellRowChanged();
@@ -104,6 +110,12 @@ struct CSpreadSheet::State {
     bool quiet = false;      ///< the grid itself moves the active cell
     unsigned moves = 0;      ///< how often the active cell was set; tells whether a handler did
     long told_row = -1;      ///< the row of the last on_row_changed
+
+    struct {
+        int column = -1; ///< -1 = as the program put the rows
+        bool ascending = true;
+    } sorted;
+    bool may_sort = false;
 
     SpreadCell pressed;    ///< where the left button went down
     QString searched;      ///< what was typed without a pause

@@ -20,6 +20,16 @@ long long CentsOf(double amount)
 }
 
 template <class T>
+void Permute(std::vector<T> &cells, const std::vector<std::uint32_t> &order)
+{
+    if (cells.empty()) return; // of another kind, or not used
+    std::vector<T> ordered;
+    ordered.reserve(order.size());
+    for (const std::uint32_t row : order) ordered.push_back(cells[row]);
+    cells = std::move(ordered);
+}
+
+template <class T>
 auto Place(std::vector<T> &cells, long row)
 {
     return cells.begin() + row;
@@ -134,6 +144,19 @@ void SpreadStore::DeleteRow(long row)
     if (!data_.empty()) data_.erase(Place(data_, row));
     if (!colors_.empty()) colors_.erase(Place(colors_, row));
     --rows_;
+}
+
+void SpreadStore::Reorder(const std::vector<std::uint32_t> &order)
+{
+    assert(static_cast<long>(order.size()) == rows_);
+    for (ColumnCells &column : columns_) {
+        Permute(column.numbers, order);
+        Permute(column.amounts, order);
+        Permute(column.texts, order);
+        Permute(column.locks, order);
+    }
+    Permute(data_, order);
+    Permute(colors_, order);
 }
 
 void SpreadStore::Forget(long first_row)

@@ -46,6 +46,7 @@ class SpreadStore {
     void SetRows(long rows);
     void InsertRow(long before); ///< 0 to Rows()
     void DeleteRow(long row);
+    void Reorder(const std::vector<std::uint32_t> &order); ///< each row's present number, in the new order
 
     SpreadKind Kind(int column) const { return At(column).kind; }
     bool IsEmpty(long row, int column) const;

@@ -99,7 +99,12 @@ void CTarvoDialog::PutButtonsLast()
     // written.
     QWidget *last = nullptr;
     for (QWidget *next = nextInFocusChain(); next != this; next = next->nextInFocusChain())
-        if (next->focusPolicy() != Qt::NoFocus && !state_->foot->isAncestorOf(next)) last = next;
+        if (next->focusPolicy() != Qt::NoFocus && !state_->foot->isAncestorOf(next) && next != state_->after_fields)
+            last = next;
+    if (last && state_->after_fields) {
+        setTabOrder(last, state_->after_fields);
+        last = state_->after_fields;
+    }
     for (QWidget *button : state_->foot->findChildren<QPushButton *>()) {
         if (last) setTabOrder(last, button);
         last = button;
@@ -116,6 +121,7 @@ bool CTarvoDialog::PreTranslateMessage(QKeyEvent *message)
     const Qt::KeyboardModifiers modifiers = message->modifiers() & ~Qt::KeypadModifier;
     if (modifiers != Qt::NoModifier) return false;
 
+    setAttribute(Qt::WA_KeyboardFocusChange); // styles show the focus of a button only to who moves it by key
     switch (message->key()) {
     case Qt::Key_F1:
         OnHelp();
@@ -241,6 +247,7 @@ void CTarvoDialog::RunCommand(std::size_t index)
 
 void CTarvoDialog::SetStatus(const QString &text)
 {
+    state_->reason.clear();
     state_->status->setText(text);
     state_->foot->setVisible(!text.isEmpty() || state_->buttons->count() > 1);
 }
@@ -320,7 +327,12 @@ void CTarvoDialog::showEvent(QShowEvent *event)
     }
     QDialog::showEvent(event);
     if (event->spontaneous()) return;
-    if (!focusWidget()) focusNextPrevChild(true);
+    // Not simply the first in the order of the focus: that goes round, and may begin with a button made before the
+    // fields.
+    if (QWidget *first = focusWidget() ? nullptr : EdgeOf(state_->content, true))
+        first->setFocus(Qt::TabFocusReason);
+    else if (!focusWidget())
+        focusNextPrevChild(true);
     CTarvoField *field = focusWidget() ? FieldOf(focusWidget()) : nullptr;
     if (field) field->SelectAll();
 }

@@ -140,6 +140,8 @@ class CTarvoDialog : public QDialog {
     bool RunCommandOfKey(QKeyEvent *message);
 
     bool CheckField(CTarvoField *field);
+    void ShowReason(const QString &reason); ///< in the status line, until ForgetReason; empty shows nothing
+    void ForgetReason();
     void FieldLeft(CTarvoField *field); ///< the focus went from it to another control of the dialog
     bool IsRefusing() const;            ///< a field was refused by what the user is just doing
     void ForgetRefusal();

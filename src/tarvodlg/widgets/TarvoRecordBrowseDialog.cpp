@@ -97,6 +97,7 @@ CTarvoRecordBrowseDialog::CTarvoRecordBrowseDialog(CWnd *parent)
     list_->filters = new QWidget(Content());
     layout->addWidget(list_->filters);
     list_->spread = new CSpreadSheet(Content());
+    list_->spread->AllowSorting(true);
     list_->spread->on_dbl_click = [this](long, long) {
         if (IsRecordLoaded()) RunRecordCommand(RecordCommand::Apri);
     };

@@ -2,6 +2,7 @@
 
 #include "tarvodlg/widgets/DialogHelp.h"
 #include "tarvodlg/widgets/DialogKeys.h"
+#include "tarvodlg/widgets/DialogState.h"
 #include "tarvodlg/widgets/Theme.h"
 
 #include <QAction>
@@ -131,6 +132,7 @@ void CTarvoRecordDialog::AddRecordCommand(RecordCommand command)
         taken.run = [this, run = spec.run] { (this->*run)(); };
         taken.update = [this, update = spec.update](CCmdUI *now) { (this->*update)(now); };
         toolbar_->commands[command] = TakeToolbarCommand(std::move(taken));
+        if (command == RecordCommand::Salva) LeadToSave();
     }
 }
 
@@ -152,6 +154,23 @@ std::size_t CTarvoRecordDialog::TakeToolbarCommand(DialogCommand command)
     ShowCaption(index);
     connect(action, &QAction::triggered, this, [this, index] { RunCommand(index); });
     return index;
+}
+
+void CTarvoRecordDialog::LeadToSave()
+{
+    const std::size_t index = toolbar_->commands[RecordCommand::Salva];
+    auto *button = qobject_cast<QToolButton *>(toolbar_->bar->widgetForAction(toolbar_->actions[index]));
+    button->setFocusPolicy(Qt::TabFocus); // not by a click, which leaves the user in his field
+    state_->after_fields = button;
+    connect(button, &QToolButton::clicked, this, [this, button] {
+        // The record is stored and nothing moved the focus: the next one is typed from the beginning.
+        if (button->hasFocus() && !state_->closing && !IsChanged()) EnterFirstField();
+    });
+}
+
+void CTarvoRecordDialog::EnterFirstField()
+{
+    if (QWidget *first = EdgeOf(Content(), true)) first->setFocus(Qt::TabFocusReason);
 }
 
 void CTarvoRecordDialog::ShowCaption(std::size_t index)
@@ -216,4 +235,27 @@ QWidget *CTarvoTabbedRecordDialog::AddTab(const QString &title)
     const int index = tabs_->addTab(page, title);
     if (index < 9) tabs_->setTabToolTip(index, QStringLiteral("Alt+%1").arg(index + 1));
     return page;
+}
+
+bool CTarvoTabbedRecordDialog::focusNextPrevChild(bool next)
+{
+    QWidget *page = tabs_->currentWidget(), *focus = focusWidget();
+    const QWidget *edge = page && page->isAncestorOf(focus) ? EdgeOf(page, !next) : nullptr;
+    const bool is_at_edge = edge && (edge == focus || edge->isAncestorOf(focus));
+    const int step = next ? 1 : -1;
+    int tab = tabs_->currentIndex() + step;
+    while (tab >= 0 && tab < tabs_->count() && !tabs_->isTabEnabled(tab)) tab += step;
+    if (!is_at_edge || tab < 0 || tab >= tabs_->count()) return CTarvoRecordDialog::focusNextPrevChild(next);
+
+    if (!LeaveFocusedField()) return true;
+    tabs_->setCurrentIndex(tab);
+    if (QWidget *entered = EdgeOf(tabs_->currentWidget(), next))
+        entered->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
+}
+
+void CTarvoTabbedRecordDialog::EnterFirstField()
+{
+    tabs_->setCurrentIndex(0);
+    CTarvoRecordDialog::EnterFirstField();
 }

@@ -14,7 +14,8 @@ enum class RecordCommand { Nuovo, Apri, Salva, Elimina, Annulla, Cerca, Prec, Su
 /// A dialog over one record of a table, with the record toolbar. A derived dialog names the commands it has in its
 /// constructor (UseCommands) and overrides their handlers; the toolbar, its keys and its idle updates are here.
 ///
-/// Keys: F3 new, F2 save, F6 delete, Ctrl+R undo, F5 search, PgUp and PgDn previous and next, Ctrl+P print.
+/// Keys: F3 new, F2 save, F6 delete, Ctrl+R undo, F5 search, PgUp and PgDn previous and next, Ctrl+P print. Enter on
+/// the last field leads to the button that saves; saved from there, the dialog goes on at its first field.
 class CTarvoRecordDialog : public CTarvoDialog {
   public:
     explicit CTarvoRecordDialog(CWnd *parent = nullptr);
@@ -57,6 +58,7 @@ class CTarvoRecordDialog : public CTarvoDialog {
     /// A further button in the toolbar, after those of the record ("F7 - &Allegati").
     QAbstractButton *AddToolbarCommand(DialogCommand command);
 
+    virtual void EnterFirstField(); ///< with the focus, as to begin the next record
     /// Asks before what was typed is lost. @return true to go on
     bool ConfirmDiscard();
 
@@ -67,13 +69,15 @@ class CTarvoRecordDialog : public CTarvoDialog {
     void ShowCaption(std::size_t index);
     bool RunRecordCommand(RecordCommand command); ///< @return false when the dialog does not have it
     void TreatFieldsAsFilters();
+    void LeadToSave();
 
     struct Toolbar;
     std::unique_ptr<Toolbar> toolbar_;
 };
 
 /// A list of records: filter fields above, the grid, the toolbar. Enter and double click open the selected record, Ins
-/// or F3 makes a new one. It remembers its size and column widths at this station.
+/// or F3 makes a new one. It remembers its size and column widths at this station. The user may sort the list: a record
+/// is known by its cells or by RowData, not by the number of its row.
 class CTarvoRecordBrowseDialog : public CTarvoRecordDialog {
   public:
     explicit CTarvoRecordBrowseDialog(CWnd *parent = nullptr);
@@ -102,7 +106,7 @@ class CTarvoRecordBrowseDialog : public CTarvoRecordDialog {
 };
 
 /// A record dialog whose fields stand on several tabs. Ctrl+PgUp and Ctrl+PgDn, or Alt with the number, change the tab;
-/// a refused field brings its tab to the front.
+/// Enter and Tab on the last field of a tab go on to the next one; a refused field brings its tab to the front.
 class CTarvoTabbedRecordDialog : public CTarvoRecordDialog {
   public:
     explicit CTarvoTabbedRecordDialog(CWnd *parent = nullptr);
@@ -113,6 +117,9 @@ class CTarvoTabbedRecordDialog : public CTarvoRecordDialog {
     /// A new tab; its content is built on the returned widget with a FormBuilder.
     QWidget *AddTab(const QString &title);
     QTabWidget *Tabs() const { return tabs_; }
+
+    void EnterFirstField() override; ///< the first tab's
+    bool focusNextPrevChild(bool next) override;
 
   private:
     QTabWidget *tabs_;

@@ -137,11 +137,36 @@ TEST_F(DialogTest, RealMessageBoxInHandlerCausesNoSecondCheck)
     keys::WhenNextWindowOpens([&](QWidget *box) {
         ++boxes;
         EXPECT_EQ(static_cast<QMessageBox *>(box)->text(), "Sicuro ?");
+        keys::Press(Qt::Key_Return);
     });
     keys::Press(Qt::Key_Tab);
     EXPECT_EQ(boxes, 1);
     EXPECT_EQ(dialog.handled.size(), 1u);
     EXPECT_EQ(dialog.focusWidget(), dialog.third);
+}
+
+TEST_F(DialogTest, StatusLineSaysWhyAFieldIsRefusedUntilItIsGood)
+{
+    const auto status = [this] {
+        for (const QLabel *label : dialog.findChildren<QLabel *>())
+            if (label->textFormat() == Qt::PlainText && label->isVisible() && !label->buddy()) return label->text();
+        return QString();
+    };
+    long day = 0;
+    FormBuilder form(&dialog);
+    CDateField *date = form.Date("Data", day);
+    dialog.SetStatus("3 righe");
+    Open();
+    date->setFocus(Qt::TabFocusReason);
+    keys::Type("3202");
+    keys::Press(Qt::Key_Tab);
+    EXPECT_EQ(status(), "Data non valida");
+    keys::Press(Qt::Key_Tab);
+    EXPECT_EQ(status(), "Data non valida");
+    EXPECT_EQ(ui.beeps, 2);
+    keys::Type("15/3/2026");
+    keys::Press(Qt::Key_Tab);
+    EXPECT_EQ(status(), "3 righe") << "what stood there comes back";
 }
 
 TEST_F(DialogTest, ExceptionInHandlerIsShownAndRefusesTheField)
@@ -331,6 +356,7 @@ TEST_F(DialogTest, HelpNamesTheKeysOfTheCommands)
     QStringList texts;
     keys::WhenNextWindowOpens([&](QWidget *window) {
         for (const QLabel *label : window->findChildren<QLabel *>()) texts << label->text();
+        keys::Press(Qt::Key_Escape);
     });
     keys::Press(Qt::Key_F1);
     EXPECT_TRUE(texts.contains("F2, Alt+S"));

@@ -312,6 +312,90 @@ TEST_F(FieldTest, DateLastTypedIsTheWorkingDate)
     EXPECT_EQ(FormatIsoDate(CDateField::WorkingDate()), "2026-11-05");
 }
 
+struct FiscalYearCase {
+    const char *name;
+    long year;
+    const char *today, *typed_before, *working; ///< ISO; an empty date was not typed
+};
+void PrintTo(const FiscalYearCase &c, std::ostream *out)
+{
+    *out << c.name;
+}
+
+class FiscalYearTest : public FieldTest, public testing::WithParamInterface<FiscalYearCase> {
+  protected:
+    ~FiscalYearTest() override { CDateField::SetFiscalYear(0); }
+};
+
+TEST_P(FiscalYearTest, WorkingDateStaysInTheYear)
+{
+    ui.today = ParseDate(GetParam().today).value();
+    CDateField::SetFiscalYear(GetParam().year);
+    auto *date = Show<CDateField>();
+    if (*GetParam().typed_before != '\0') {
+        keys::Type(ToQt(FormatDate(ParseDate(GetParam().typed_before).value())));
+        EXPECT_TRUE(date->Complete());
+    }
+    EXPECT_EQ(FormatIsoDate(CDateField::WorkingDate()), GetParam().working);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, FiscalYearTest,
+    testing::Values( // name, year, today, typed before, working date
+        FiscalYearCase{"TodayInTheYear", 2026, "2026-06-01", "", "2026-06-01"},
+        FiscalYearCase{"YearBefore", 2025, "2026-06-01", "", "2025-12-31"},
+        FiscalYearCase{"YearAhead", 2027, "2026-06-01", "", "2027-01-01"},
+        FiscalYearCase{"DateOfTheYearMoves", 2025, "2026-06-01", "2025-02-03", "2025-02-03"},
+        FiscalYearCase{"FirstOfTheYearMoves", 2025, "2026-06-01", "2025-01-01", "2025-01-01"},
+        FiscalYearCase{"LastOfTheYearBeforeDoesNot", 2025, "2026-06-01", "2024-12-31", "2025-12-31"},
+        FiscalYearCase{"DateOfTodayOutsideTheYearDoesNot", 2025, "2026-06-01", "2026-06-01", "2025-12-31"},
+        FiscalYearCase{"WithoutAYearTheOneOfToday", 0, "2026-06-01", "2026-02-03", "2026-02-03"},
+        FiscalYearCase{"WithoutAYearNoBirthday", 0, "2026-06-01", "1962-02-03", "2026-06-01"},
+        FiscalYearCase{"NoSuchYear", 20266, "2026-06-01", "", "2026-06-01"}),
+    [](const auto &p) { return std::string(p.param.name); });
+
+TEST_F(FieldTest, FiscalYearForgetsTheDatesTypedBefore)
+{
+    ui.today = ParseDate("2026-06-01").value();
+    CDateField::SetWorkingDate(ParseDate("2026-03-10").value());
+    CDateField::SetFiscalYear(2026);
+    EXPECT_EQ(FormatIsoDate(CDateField::WorkingDate()), "2026-06-01");
+    CDateField::SetFiscalYear(0);
+}
+
+struct MonthCase {
+    const char *before;
+    int key;
+    const char *after; ///< ISO
+};
+void PrintTo(const MonthCase &c, std::ostream *out)
+{
+    *out << c.before << (c.key == Qt::Key_Up ? " up" : " down");
+}
+
+class MonthKeyTest : public FieldTest, public testing::WithParamInterface<MonthCase> {};
+
+TEST_P(MonthKeyTest, StepsToTheSameDayOfTheMonth)
+{
+    auto *date = Show<CDateField>();
+    date->SetValue(ParseDate(GetParam().before).value_or(0));
+    keys::Press(GetParam().key, Qt::ControlModifier);
+    EXPECT_EQ(FormatIsoDate(date->Value()), GetParam().after);
+    EXPECT_TRUE(date->IsModified());
+    EXPECT_TRUE(date->hasFocus());
+    date->Protect(true);
+    keys::Press(GetParam().key, Qt::ControlModifier);
+    EXPECT_EQ(FormatIsoDate(date->Value()), GetParam().after);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, MonthKeyTest,
+    testing::Values( // working date is 10 March 2026
+        MonthCase{"2026-03-15", Qt::Key_Up, "2026-04-15"}, MonthCase{"2026-03-15", Qt::Key_Down, "2026-02-15"},
+        MonthCase{"2026-12-31", Qt::Key_Up, "2027-01-31"}, MonthCase{"2026-01-31", Qt::Key_Up, "2026-02-28"},
+        MonthCase{"2028-03-31", Qt::Key_Down, "2028-02-29"}, MonthCase{"2026-01-05", Qt::Key_Down, "2025-12-05"},
+        MonthCase{"2026-03-31", Qt::Key_Up, "2026-04-30"}, MonthCase{"", Qt::Key_Down, "2026-02-10"}));
+
 TEST_F(FieldTest, DateThatIsNoneStaysAsTyped)
 {
     auto *date = Show<CDateField>();

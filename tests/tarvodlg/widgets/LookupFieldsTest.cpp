@@ -30,6 +30,7 @@ class FakeLookup : public CodeLookup {
     std::vector<LookupMatch> Match(const std::string &typed, std::size_t max) override
     {
         if (is_broken) throw kBroken;
+        if (is_faulty) throw std::runtime_error("file guasto");
         std::vector<LookupMatch> matches;
         for (const auto &[code, description] : rows)
             if (matches.size() < max &&
@@ -51,7 +52,7 @@ class FakeLookup : public CodeLookup {
                                                {"4500", "Neri"}};
     std::vector<std::string> browsed;
     std::optional<std::string> chosen;
-    bool is_broken = false;
+    bool is_broken = false, is_faulty = false;
 };
 
 class LookupFieldTest : public testing::Test {
@@ -119,6 +120,34 @@ TEST_F(LookupFieldTest, PartOfSeveralNamesIsRefused)
     EXPECT_FALSE(code->Complete());
     EXPECT_EQ(FromQt(code->text()), "rossi");
     EXPECT_EQ(FromQt(description->text()), "");
+}
+
+TEST_F(LookupFieldTest, SaysWhyACodeIsRefused)
+{
+    for (const auto &[typed, reason] :
+         {std::pair("999", "Codice sconosciuto"), std::pair("zz", "Codice sconosciuto"),
+          std::pair("99999999999", "Codice sconosciuto"), // more than a code can have
+          std::pair("rossi", "Più voci corrispondono: F4 per scegliere"), std::pair("12", "")}) {
+        Replace(typed);
+        EXPECT_EQ(code->Complete(), *reason == '\0');
+        EXPECT_EQ(code->Reason(), reason) << typed;
+    }
+    ui.Expect(DescribeError(kBroken));
+    Replace("7");
+    lookup->is_broken = true;
+    EXPECT_FALSE(code->Complete());
+    EXPECT_EQ(code->Reason(), "") << "nobody knows whether there is one; the error was shown";
+}
+
+TEST_F(LookupFieldTest, FaultWhileTypingIsShownAndTypingGoesOn)
+{
+    lookup->is_faulty = true;
+    ui.Expect("file guasto");
+    keys::Type("v");
+    EXPECT_EQ(Offered(), "");
+    lookup->is_faulty = false;
+    keys::Type("e");
+    EXPECT_EQ(Offered(), "7");
 }
 
 TEST_F(LookupFieldTest, ArrowsChooseAndTabTakes)

@@ -41,6 +41,7 @@ TEST_P(MessageBoxTest, ShowsTheTextAndAnswersByKey)
         shown = box->text();
         EXPECT_EQ(box->textFormat(), Qt::PlainText);
         EXPECT_EQ(box->windowTitle(), "Lumera Contabilità");
+        EXPECT_EQ(box->iconPixmap().isNull(), (GetParam().flags & 0xF0) == 0);
         for (const QAbstractButton *button : box->buttons()) buttons << button->text();
         default_button = box->defaultButton()->text();
         EXPECT_EQ(box->focusWidget(), box->defaultButton());
@@ -61,9 +62,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values( // name, flags, buttons, default, key, answer
         BoxCase{"EnterTakesTheDefault", MB_YESNO | MB_DEFBUTTON2, {"&No", "&Sì"}, "&No", Qt::Key_Return, IDNO},
         BoxCase{"FirstIsDefaultUnlessSaid", MB_YESNO, {"&No", "&Sì"}, "&Sì", Qt::Key_Return, IDYES},
-        BoxCase{"LetterS", MB_YESNO | MB_DEFBUTTON2, {"&No", "&Sì"}, "&No", Qt::Key_S, IDYES},
-        BoxCase{"LetterN", MB_YESNO, {"&No", "&Sì"}, "&Sì", Qt::Key_N, IDNO},
-        BoxCase{"EscIsNo", MB_YESNO, {"&No", "&Sì"}, "&Sì", Qt::Key_Escape, IDNO},
+        BoxCase{"LetterS", MB_YESNO | MB_ICONINFORMATION | MB_DEFBUTTON2, {"&No", "&Sì"}, "&No", Qt::Key_S, IDYES},
+        BoxCase{"LetterN", MB_YESNO | MB_ICONEXCLAMATION, {"&No", "&Sì"}, "&Sì", Qt::Key_N, IDNO},
+        BoxCase{"EscIsNo", MB_YESNO | MB_ICONQUESTION, {"&No", "&Sì"}, "&Sì", Qt::Key_Escape, IDNO},
         BoxCase{"EscIsCancel", MB_YESNOCANCEL, {"&Annulla", "&No", "&Sì"}, "&Sì", Qt::Key_Escape, IDCANCEL},
         BoxCase{
             "ThirdDefault", MB_YESNOCANCEL | MB_DEFBUTTON3, {"&Annulla", "&No", "&Sì"}, "&Annulla", Qt::Key_N, IDNO},

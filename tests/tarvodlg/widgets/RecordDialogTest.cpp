@@ -53,9 +53,10 @@ class SampleRecord : public CTarvoRecordDialog {
     }
     void OnRecordSalva() override
     {
+        log += "S";
+        if (!saves) return;
         GetField();
         SetChanged(false);
-        log += "S";
     }
     void OnRecordElimina() override { log += "E"; }
     void OnRecordAnnulla() override
@@ -75,7 +76,7 @@ class SampleRecord : public CTarvoRecordDialog {
     CTextField *name;
     CNoteField *notes;
     QAbstractButton *attachments;
-    bool is_loaded = true;
+    bool is_loaded = true, saves = true;
     int idle_updates = 0;
     std::string log;
 };
@@ -176,6 +177,41 @@ TEST_F(RecordDialogTest, BadFieldHoldsSavingNotDiscarding)
     EXPECT_EQ(ui.Faults(), "");
 }
 
+TEST_F(RecordDialogTest, EnterOnTheLastFieldLeadsToSave)
+{
+    keys::Open(&dialog);
+    for (const Qt::Key saves : {Qt::Key_Return, Qt::Key_Space}) {
+        dialog.log.clear();
+        keys::Type("Verdi");
+        keys::Press(Qt::Key_Return);
+        EXPECT_EQ(dialog.focusWidget(), dialog.notes);
+        keys::Press(Qt::Key_Tab); // Enter makes a line there
+        auto *save = qobject_cast<QToolButton *>(dialog.focusWidget());
+        ASSERT_TRUE(save);
+        EXPECT_EQ(save->text(), "F2 - Salva");
+        keys::Press(Qt::Key_Backtab, Qt::ShiftModifier);
+        EXPECT_EQ(dialog.focusWidget(), dialog.notes);
+        keys::Press(Qt::Key_Tab);
+        EXPECT_EQ(dialog.log, "");
+        keys::Press(saves);
+        EXPECT_EQ(dialog.log, "S");
+        EXPECT_EQ(dialog.focusWidget(), dialog.name) << "ready for the next one";
+    }
+    EXPECT_EQ(ui.beeps, 0);
+}
+
+TEST_F(RecordDialogTest, SaveThatDoesNotSaveKeepsTheFocus)
+{
+    dialog.saves = false;
+    keys::Open(&dialog);
+    keys::Type("Verdi");
+    keys::Press(Qt::Key_Return);
+    keys::Press(Qt::Key_Tab);
+    keys::Press(Qt::Key_Return);
+    EXPECT_EQ(dialog.log, "S");
+    EXPECT_TRUE(qobject_cast<QToolButton *>(dialog.focusWidget()));
+}
+
 TEST_F(RecordDialogTest, PageKeysMoveTheTextWhereItHasLines)
 {
     keys::Open(&dialog);
@@ -235,6 +271,38 @@ TEST(TabbedRecordDialogTest, KeysChangeTheTabAndARefusedFieldBringsItsOwn)
     EXPECT_EQ(dialog.focusWidget(), dialog.one);
     keys::Press(Qt::Key_PageUp, Qt::ControlModifier); // round the end
     EXPECT_EQ(dialog.Tabs()->currentIndex(), 1);
+    SetUserInterface(before);
+}
+
+TEST(TabbedRecordDialogTest, EnterTypesThroughTheTabsDownToSave)
+{
+    ScriptedUserInterface ui;
+    UserInterface *before = SetUserInterface(&ui);
+    SampleTabs dialog;
+    dialog.OnLostFocusEvent(dialog.one, [&] { return dialog.one->Value() != "no"; });
+    keys::Open(&dialog);
+    keys::Type("no");
+    keys::Press(Qt::Key_Return);
+    EXPECT_EQ(dialog.Tabs()->currentIndex(), 0) << "a bad field holds its tab";
+    EXPECT_EQ(dialog.focusWidget(), dialog.one);
+    EXPECT_EQ(ui.beeps, 1);
+    keys::Type("si");
+    keys::Press(Qt::Key_Return);
+    EXPECT_EQ(dialog.Tabs()->currentIndex(), 1);
+    EXPECT_EQ(dialog.focusWidget(), dialog.two);
+    keys::Press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(dialog.focusWidget(), dialog.one);
+    dialog.Tabs()->setTabEnabled(1, false);
+    keys::Press(Qt::Key_Down);
+    EXPECT_TRUE(qobject_cast<QToolButton *>(dialog.focusWidget())) << "past a tab that is off";
+    keys::Press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(dialog.focusWidget(), dialog.one);
+    dialog.Tabs()->setTabEnabled(1, true);
+    keys::Press(Qt::Key_Down);
+    keys::Press(Qt::Key_Down);
+    EXPECT_TRUE(qobject_cast<QToolButton *>(dialog.focusWidget()));
+    EXPECT_EQ(dialog.Tabs()->currentIndex(), 1);
+    EXPECT_EQ(ui.beeps, 1);
     SetUserInterface(before);
 }
 

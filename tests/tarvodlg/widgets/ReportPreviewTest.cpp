@@ -122,6 +122,25 @@ TEST_F(ReportPreviewTest, SavesThePagesAndHasNoRows)
     EXPECT_EQ(ReadWholeFile(copy, 1 << 20), ReadWholeFile(Pdf(), 1 << 20));
 }
 
+TEST_F(ReportPreviewTest, PagesThatAreGoneReplaceNoFile)
+{
+    const std::filesystem::path copy = folder_ / "copia.pdf";
+    WriteFileWhole(copy, "di ieri");
+    for (const bool is_folder : {false, true}) {
+        user_.ExpectFiles({copy});
+        user_.Expect("Impossibile leggere le pagine di \"Prova: a/b\"");
+        InWindow([&] {
+            std::filesystem::rename(Pdf(), folder_ / "altrove.pdf");
+            if (is_folder) std::filesystem::create_directory(Pdf()); // opens, and cannot be read
+            keys::Press(Qt::Key_F5);
+            keys::Press(Qt::Key_Escape);
+            if (is_folder) std::filesystem::remove(Pdf());
+            std::filesystem::rename(folder_ / "altrove.pdf", Pdf());
+        });
+        EXPECT_EQ(ReadWholeFile(copy, 1 << 20), "di ieri");
+    }
+}
+
 TEST_F(ReportPreviewTest, DoesNotOpenWithoutPages)
 {
     std::filesystem::remove(Pdf());

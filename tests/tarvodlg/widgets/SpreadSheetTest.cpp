@@ -103,6 +103,85 @@ class SpreadSheetTest : public testing::Test {
     CSpreadSheet *grid_;
 };
 
+/// The names of a list from the top, as they stand.
+std::vector<std::string> NamesOf(const CSpreadSheet &grid)
+{
+    std::vector<std::string> names;
+    for (long row = 1; row <= grid.RowCount(); ++row) names.push_back(grid.Text(row, 2));
+    return names;
+}
+
+TEST_F(SpreadSheetTest, ListIsSortedByKeyAsItalianReadsIt)
+{
+    ShowList({"zeta", "Fattura 10", "", "Èlite", "Fattura 9", "elba", "Zeta"});
+    grid_->AllowSorting(true);
+    grid_->SetRowData(4, 77);
+    grid_->SetActiveCell(4, 2);
+    std::vector<long> told;
+    grid_->on_row_changed = [&](long row) { told.push_back(row); };
+    keys::Press(Qt::Key_Down, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(NamesOf(*grid_),
+              (std::vector<std::string>{"elba", "Èlite", "Fattura 9", "Fattura 10", "zeta", "Zeta", ""}));
+    EXPECT_EQ(Active(), Place(2, 2)) << "the active row goes along";
+    EXPECT_EQ(grid_->RowData(2), 77);
+    EXPECT_EQ(grid_->Long(2, 1), 40);
+    EXPECT_EQ(told, std::vector<long>()) << "the user did not move";
+    keys::Press(Qt::Key_Up, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(NamesOf(*grid_),
+              (std::vector<std::string>{"Zeta", "zeta", "Fattura 10", "Fattura 9", "Èlite", "elba", ""}))
+        << "empty ones stay last";
+    grid_->InsertRow(1);
+    EXPECT_EQ(grid_->Text(1, 2), "");
+    EXPECT_FALSE(grid_->horizontalHeader()->isSortIndicatorShown());
+}
+
+TEST_F(SpreadSheetTest, ClickOnATitleSortsAmountsAndTurnsThemRound)
+{
+    ShowList({"a", "b", "c", "d", "e"});
+    const double amounts[] = {10, -2, 0, 10};
+    for (long row = 1; row <= 4; ++row) grid_->SetNumber(row, 3, amounts[row - 1]);
+    QHeaderView *header = grid_->horizontalHeader();
+    const auto click = [&](int column) {
+        const QPoint at(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
+                        header->height() / 2);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, at);
+        keys::Settle();
+    };
+    click(2);
+    EXPECT_EQ(NamesOf(*grid_), (std::vector<std::string>{"a", "b", "c", "d", "e"})) << "not allowed";
+    grid_->AllowSorting(true);
+    click(2);
+    EXPECT_EQ(NamesOf(*grid_), (std::vector<std::string>{"b", "c", "a", "d", "e"}));
+    EXPECT_EQ(grid_->SumCents(3), 1800);
+    EXPECT_EQ(Active(), Place(3, 2)) << "no column is selected";
+    click(2);
+    EXPECT_EQ(NamesOf(*grid_), (std::vector<std::string>{"a", "d", "c", "b", "e"})) << "equal ones stay in order";
+    EXPECT_EQ(header->sortIndicatorOrder(), Qt::DescendingOrder);
+    click(0);
+    EXPECT_EQ(NamesOf(*grid_), (std::vector<std::string>{"a", "b", "c", "d", "e"}));
+    grid_->LockCell(1, 2, false); // now it is for entry
+    click(2);
+    keys::Press(Qt::Key_Up, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(grid_->Text(1, 2), "a");
+}
+
+TEST_F(SpreadSheetTest, DateTypedInACellMovesTheWorkingMonthOfTheFields)
+{
+    ShowVatLines();
+    Enter(1, 5);
+    keys::Type("1504");
+    keys::Press(Qt::Key_Return);
+    EXPECT_EQ(FormatIsoDate(CDateField::WorkingDate()), "2026-04-15");
+    Enter(2, 5);
+    keys::Type("150425");
+    keys::Press(Qt::Key_Return);
+    EXPECT_EQ(FormatIsoDate(CDateField::WorkingDate()), "2026-04-15");
+    Enter(3, 5);
+    keys::Type("7");
+    keys::Press(Qt::Key_Return);
+    EXPECT_EQ(grid_->Text(3, 5), "07/04/2026");
+}
+
 TEST_F(SpreadSheetTest, VatLinesAreEnteredByKeyboardAlone)
 {
     ShowVatLines();
