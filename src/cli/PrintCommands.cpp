@@ -38,6 +38,12 @@ ReportDestination DestinationOf(const PrintOptions &options)
     return {chosen->second, *chosen->first};
 }
 
+/// Bounds the wrong way round select nothing; somebody meant something else. @param last  0 = no upper bound
+void RequireOrder(long first, long last, const char *fault)
+{
+    if (last != 0 && last < first) throw UsageError(fault);
+}
+
 /// A print shows its own errors, so all that is left to say is that there is no file.
 int Finish(const Session &session, bool printed, const ReportDestination &destination)
 {
@@ -54,6 +60,8 @@ int PrintJournal(Session *session, JournalOptions options)
     const ReportDestination destination = DestinationOf(options.file);
     options.filter.d_start = ParseDateOption("--dal", options.from_day);
     options.filter.d_stop = ParseDateOption("--al", options.to_day);
+    RequireOrder(options.filter.d_start, options.filter.d_stop, "--dal viene dopo --al.");
+    RequireOrder(options.filter.n_start, options.filter.n_stop, "--da viene dopo --a.");
     session->OpenArchive();
     const InterruptionGuard guard;
     return Finish(*session, PrintJournalList(options.filter, destination), destination);
@@ -62,6 +70,7 @@ int PrintJournal(Session *session, JournalOptions options)
 int PrintChart(Session *session, const ChartOptions &options)
 {
     const ReportDestination destination = DestinationOf(options.file);
+    RequireOrder(options.first, options.last, "--da viene dopo --a.");
     session->OpenArchive();
     const InterruptionGuard guard;
     return Finish(*session, PrintChartOfAccounts(options.first, options.last, destination), destination);

@@ -18,6 +18,14 @@ bool HasDisplay()
     return IsSet("WAYLAND_DISPLAY") || IsSet("DISPLAY");
 }
 
+/// True when the desk is only asked how it is used.
+bool WantsHelp(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i)
+        if (const std::string_view word = argv[i]; word == "--help" || word == "-h") return true;
+    return false;
+}
+
 /// True for the words "desk", whatever common options stand before it, and for no words where there is a display.
 bool MeansDesk(int argc, char **argv)
 {
@@ -50,6 +58,11 @@ int ExitCode(DeskEnd end)
 int main(int argc, char **argv)
 {
     if (!MeansDesk(argc, argv)) return RunCommandLine(argc, argv);
+    if (WantsHelp(argc, argv)) {
+        std::puts("Apre la scrivania.\n\nUso: lumera desk [--archivio CARTELLA|INDIRIZZO]\n\n"
+                  "Senza --archivio apre LUMERA_ARCHIVIO, altrimenti l'ultima azienda usata.");
+        return kExitDone;
+    }
     if (!HasDisplay() && !IsSet("QT_QPA_PLATFORM")) { // the toolkit would abort
         std::fputs("lumera: La scrivania ha bisogno di uno schermo (DISPLAY o WAYLAND_DISPLAY).\n", stderr);
         return kExitFailed;

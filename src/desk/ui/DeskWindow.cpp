@@ -125,6 +125,16 @@ void CDesk::BuildMenus()
     QMenu *company = menuBar()->addMenu(QStringLiteral("&Azienda"));
     for (std::size_t i = 0; i < functions_.size(); ++i)
         if (!functions_[i].needs_company) company->addAction(actions_[i]);
+    company->addAction(QStringLiteral("Azienda &dimostrativa"), this, [this] {
+        RunGuarded(LUMERA_TAG, [this] {
+            if (OpenDemoCompany(this)) ShowCompany();
+        });
+    });
+    company->addAction(QStringLiteral("Cambia &esercizio..."), this, [this] {
+        RunGuarded(LUMERA_TAG, [this] {
+            if (HasCompany() && ChangeYearOf(this)) ShowCompany();
+        });
+    });
     company->addSeparator();
     QAction *quit = company->addAction(QStringLiteral("&Esci"), this, [this] { close(); });
     quit->setShortcut(QKeySequence(QStringLiteral("Ctrl+Q")));

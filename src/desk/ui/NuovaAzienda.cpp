@@ -9,6 +9,7 @@
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvodlg/widgets/FormBuilder.h"
 #include "tarvolumera/FiscalCodes.h"
+#include "tarvolumera/archive/Resources.h"
 
 #include <fmt/format.h>
 
@@ -41,11 +42,14 @@ CNuovaAzienda::CNuovaAzienda(CWnd *parent) : CTarvoDialog(parent), year_(Year(Cu
         form.Beside();
         fiscal_field_ = form.Text(QStringLiteral("Codice &fiscale"), fiscal_code_, 18);
         form.Text(QStringLiteral("&Indirizzo"), address_);
-        form.Text(QStringLiteral("C&AP"), postcode_, 7);
+        CTextField *postcode = form.Text(QStringLiteral("C&AP"), postcode_, 7);
         form.Beside();
         form.Text(QStringLiteral("Ci&ttà"), town_, 24);
         form.Beside();
-        form.Text(QStringLiteral("Pro&v."), province_, 4)->SetUpperCase(true);
+        CTextField *province = form.Text(QStringLiteral("Pro&v."), province_, 4);
+        province->SetUpperCase(true);
+        OnLostFocusEvent(postcode, [this, postcode] { return OnLostFocusEventCap(postcode->Value()); });
+        OnLostFocusEvent(province, [this, province] { return OnLostFocusEventProv(province->Value()); });
         year_field_ = form.Number(QStringLiteral("&Esercizio"), year_, kFirstYear, kLastYear);
         form.Section(QStringLiteral("Archivio"));
         where_field_ = form.Choice(QStringLiteral("D&ove"), where_,
@@ -91,6 +95,23 @@ bool CNuovaAzienda::OnLostFocusEventPiva()
     const FiscalCodeCheck check = CheckVatNumber(vat_field_->Value());
     SetStatus(check.ok() ? QString() : ToQt(fmt::format("Partita IVA: {}", check.text)));
     return check.ok();
+}
+
+bool CNuovaAzienda::OnLostFocusEventCap(const std::string &postcode)
+{
+    const FiscalCodeCheck check = postcode.empty() ? FiscalCodeCheck{} : CheckPostcode(postcode);
+    SetStatus(check.ok() ? QString() : ToQt(fmt::format("CAP: {}", check.text)));
+    return check.ok();
+}
+
+/// There is no archive yet to look the province up in, but the table it will get is here.
+bool CNuovaAzienda::OnLostFocusEventProv(const std::string &province)
+{
+    const bool is_known =
+        province.empty() ||
+        ResourceText("base/02_province.tsv").find(fmt::format("\n{}\t", province)) != std::string::npos;
+    SetStatus(is_known ? QString() : ToQt(fmt::format("La provincia {} non esiste.", province)));
+    return is_known;
 }
 
 bool CNuovaAzienda::OnLostFocusEventCodFis()

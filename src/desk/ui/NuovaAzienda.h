@@ -18,6 +18,8 @@ class CNuovaAzienda : public CTarvoDialog {
     void OnOK() override;
 
   private:
+    bool OnLostFocusEventCap(const std::string &postcode);
+    bool OnLostFocusEventProv(const std::string &province);
     bool OnLostFocusEventPiva();
     bool OnLostFocusEventCodFis();
     void OnDove();

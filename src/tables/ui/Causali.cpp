@@ -174,7 +174,11 @@ bool CCausali::OnLeaveCellSpread(long row, long column)
     const bool is_empty = (column == kCon && account.con == 0) || (column == kSot && account.sot == 0);
     const AccountKey left{account.mas, column >= kCon ? account.con : 0, column >= kSot ? account.sot : 0};
     const bool has_upper = account.mas != 0 && (column < kSot || account.con != 0);
-    if (!is_empty && (!has_upper || DescribeAccount(left).empty())) return false;
+    if (!is_empty && (!has_upper || DescribeAccount(left).empty())) {
+        SetStatus(ToQt("Il conto " + AccountText(left) + " non esiste. Ctrl+Canc svuota la riga, F4 cerca il conto."));
+        return false;
+    }
+    SetStatus({});
     if (column == kMas && account.con != 0 && DescribeAccount({account.mas, account.con, 0}).empty())
         rows_->SetLong(row, kCon, 0);
     if (column != kSot && account.sot != 0 && (rows_->Long(row, kCon) == 0 || DescribeAccount(AccountAt(row)).empty()))

@@ -285,6 +285,7 @@ void CReportPreview::OnPdf()
     const std::filesystem::path file = PickTarget("Salva PDF", "Documenti PDF (*.pdf)|*.pdf||", "pdf");
     if (file.empty()) return;
     CopyPages(pdf_, file, request_.title);
+    SetStatus("Scritto " + ToQt(file.string()));
 }
 
 void CReportPreview::OnExcel()
@@ -309,6 +310,7 @@ void CReportPreview::SaveRows(const std::filesystem::path &file)
         &command, request_,
         [&](std::vector<RowColumn> columns) { return OpenRows(file, request_.title, std::move(columns)); },
         [&](long rows) { progress.SetStatus(fmt::format("{}: {} righe...", request_.title, rows)); });
+    SetStatus("Scritto " + ToQt(file.string()));
 }
 
 bool PrintPdf(CWnd *parent, const std::string &title, const std::filesystem::path &pdf, bool landscape)

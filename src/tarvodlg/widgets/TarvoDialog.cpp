@@ -19,6 +19,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -68,6 +69,27 @@ CTarvoDialog::~CTarvoDialog()
 {
     state_->closing = true; // fields that lose the focus while they are destroyed are not checked
 }
+
+namespace {
+
+/// Some window managers leave the keyboard with nobody when two windows of a program close at the same moment, as a
+/// dialog and the question in front of it do. The window below asks for it when none of ours has it.
+void GiveKeysTo(QPointer<QWidget> window)
+{
+    constexpr int kMillisecondsUntilSettled = 60;
+    QTimer::singleShot(kMillisecondsUntilSettled, qApp, [window] {
+        if (!window || !window->isVisible() || QApplication::activeWindow() || QApplication::activePopupWidget())
+            return;
+        if (QWidget *front = QApplication::activeModalWidget()) {
+            front->activateWindow();
+            return;
+        }
+        window->raise();
+        window->activateWindow();
+    });
+}
+
+} // namespace
 
 int CTarvoDialog::DoModal()
 {
@@ -274,7 +296,9 @@ void CTarvoDialog::done(int result)
 {
     state_->closing = true;
     if (isVisible()) SaveLayout();
+    const QPointer<QWidget> below = parentWidget() ? parentWidget()->window() : nullptr;
     QDialog::done(result);
+    if (below) GiveKeysTo(below);
 }
 
 void CTarvoDialog::OnOK()
