@@ -4,12 +4,6 @@
 #include <QStandardPaths>
 #include <gtest/gtest.h>
 
-// Fonts are found by libraries that keep their tables until the end of the program; those are no leaks of ours.
-extern "C" const char *__lsan_default_suppressions()
-{
-    return "leak:libfontconfig\nleak:libQt6Gui\nleak:libQt6XcbQpa\nleak:libdbus\nleak:libglib\n";
-}
-
 int main(int argc, char **argv)
 {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
