@@ -16,6 +16,10 @@ void MeasureStoring(const BenchPlaces &places, SAEngine engine, long entries, Fi
 /// Listing a journal of `entries` entries, as the journal list reads it, against the client library alone.
 void MeasureListing(const BenchArchive &archive, long entries, Findings &findings);
 
+/// Filling the journal list, its window's part included, against the client library alone. Needs the archive to be the
+/// current company's.
+void MeasureOpening(const BenchArchive &archive, long entries, Findings &findings);
+
 /// Going to the next entry in each browse order, in the middle of the journal. A query that does not enter an index at
 /// its place is a fault. @param verbose  prints the engine's plans
 void MeasureBrowsing(const BenchArchive &archive, long entries, bool verbose, Findings &findings);

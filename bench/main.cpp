@@ -47,11 +47,12 @@ class TemporaryFolder {
 void MeasureEngine(const Options &options, const BenchPlaces &places, SAEngine engine, Findings &findings)
 {
     if (options.Wants("store")) MeasureStoring(places, engine, options.Stored(), findings);
-    if (!options.Wants("list") && !options.Wants("browse") && !options.Wants("memory") && !options.Wants("print"))
-        return;
+    const auto groups = {"list", "open", "browse", "memory", "print"};
+    if (std::none_of(groups.begin(), groups.end(), [&](const char *group) { return options.Wants(group); })) return;
     const BenchArchive archive(places, engine, "listing");
     archive.FillJournal(options.Listed());
     if (options.Wants("list")) MeasureListing(archive, options.Listed(), findings);
+    if (options.Wants("open")) MeasureOpening(archive, options.Listed(), findings);
     if (options.Wants("browse")) MeasureBrowsing(archive, options.Listed(), options.verbose, findings);
     if (options.Wants("memory")) MeasureMemory(archive, options.Listed(), findings);
     if (options.Wants("print")) MeasurePrinting(places, archive, options.Listed(), findings);
@@ -85,7 +86,7 @@ int main(int argc, char **argv)
         ->check(CLI::ExistingDirectory);
     app.add_option("--samples", options.samples, "Folder with FatturaPA files")->check(CLI::ExistingDirectory);
     app.add_option("--only", options.only, "One group of cases")
-        ->check(CLI::IsMember({"store", "list", "browse", "memory", "print", "read", "grid"}));
+        ->check(CLI::IsMember({"store", "list", "open", "browse", "memory", "print", "read", "grid"}));
     app.add_flag("--json", options.json, "Print the findings as JSON");
     app.add_flag("--verbose", options.verbose, "Print the plans of the browse queries");
     app.add_option("--memory-probe", options.memory_probe)->group("");

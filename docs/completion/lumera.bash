@@ -6,7 +6,7 @@ _lumera()
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
             archivio|fatture|pnota|scadenze|tabelle|desk|oggi) [ -z "$group" ] && group=$word ;;
-            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera|stampa|salva|piano-conti)
+            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera|stampa|salva|piano-conti|controlla-date|rinumera|riscrivi|importa-scontrini)
                 [ -n "$group" ] && [ -z "$command" ] && command=$word ;;
             clienti|fornitori|causali|codiva|pagamenti|mastri|conti|sottocon|sezioni|banche|centri|agenti|ditta|impostazioni)
                 table=$word ;;
@@ -20,7 +20,7 @@ _lumera()
         " ") words="archivio fatture pnota scadenze tabelle oggi desk --version" ;;
         "archivio ") words="crea verifica copia" ;;
         "fatture ") words="importa elenco registra esporta" ;;
-        "pnota ") words="elenco mostra registra elimina stampa" ;;
+        "pnota ") words="elenco mostra registra elimina stampa controlla-date rinumera riscrivi importa-scontrini" ;;
         "scadenze ") words="elenco genera" ;;
         "tabelle ") words="elenco mostra salva elimina piano-conti" ;;
         "archivio crea") words="--postgres --demo --anno --movimenti --seme --ditta --piva --codfis --indirizzo --cap --citta --prov --naz" ;;
@@ -28,6 +28,8 @@ _lumera()
         "fatture registra") words="--tutte --causale --fornitore --nuovo-fornitore --codice-iva --data" ;;
         "fatture esporta") words="--xml --p7m" ;;
         "pnota elenco") words="--dal --al --sezione --causale" ;;
+        "pnota controlla-date") words="--dal --al" ;;
+        "pnota importa-scontrini") words="--causale" ;;
         "pnota stampa") words="--da --a --dal --al --sezione --causale --pdf --xlsx --csv" ;;
         "tabelle piano-conti") words="--da --a --pdf --xlsx --csv" ;;
         "tabelle elenco") words="--cerca --xlsx --csv" ;;
@@ -43,7 +45,7 @@ _lumera()
     fi
     COMPREPLY=($(compgen -W "$words $common" -- "$cur"))
     case "$group $command" in
-        "archivio crea"|"archivio copia"|"fatture importa"|"pnota registra")
+        "archivio crea"|"archivio copia"|"fatture importa"|"pnota registra"|"pnota importa-scontrini")
             [[ $cur == -* ]] || COMPREPLY=($(compgen -f -- "$cur")) ;;
         "tabelle salva")
             [ -n "$table" ] && [[ $cur != -* ]] && COMPREPLY=($(compgen -f -- "$cur")) ;;

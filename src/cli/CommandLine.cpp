@@ -182,6 +182,7 @@ int RunCommandLine(int argc, const char *const *argv)
     AddArchiveCommands(&app, &session, &action);
     AddInvoiceCommands(&app, &session, &action);
     AddJournalCommands(&app, &session, &action);
+    AddMaintenanceCommands(&app, &session, &action);
     AddScheduleCommands(&app, &session, &action);
     AddTableCommands(&app, &session, &action);
     AddPrintCommands(&app, &session, &action);

@@ -16,5 +16,7 @@ void AddJournalCommands(CLI::App *app, Session *session, Action *action);
 void AddScheduleCommands(CLI::App *app, Session *session, Action *action);
 void AddTodayCommand(CLI::App *app, Session *session, Action *action);
 void AddTableCommands(CLI::App *app, Session *session, Action *action);
+/// Batches over the whole journal, in the group `pnota`, which must be there already.
+void AddMaintenanceCommands(CLI::App *app, Session *session, Action *action);
 /// Prints of the groups `pnota` and `tabelle`, which must be there already.
 void AddPrintCommands(CLI::App *app, Session *session, Action *action);

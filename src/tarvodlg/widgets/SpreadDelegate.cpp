@@ -150,7 +150,8 @@ QWidget *SpreadDelegate::createEditor(QWidget *parent, const QStyleOptionViewIte
 
 void SpreadDelegate::setEditorData(QWidget *editor, const QModelIndex &index) const
 {
-    static_cast<QLineEdit *>(editor)->setText(ToQt(sheet_->state_->model.Shown(index.row(), index.column())));
+    auto *line = qobject_cast<QLineEdit *>(editor); // a window may put a widget of its own over a cell, as an icon
+    if (line) line->setText(ToQt(sheet_->state_->model.Shown(index.row(), index.column())));
 }
 
 void SpreadDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
@@ -159,7 +160,9 @@ void SpreadDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionVie
     constexpr int kLineEditsOwn = 2; // QLineEdit keeps so many pixels at each side for itself
     const int frame = FrameWidth(option.fontMetrics);
     const int padding = std::max(0, SpreadPadding(option.fontMetrics) - kLineEditsOwn - frame);
-    static_cast<QLineEdit *>(editor)->setTextMargins(padding, 0, padding, 0);
+    auto *line = qobject_cast<QLineEdit *>(editor);
+    if (line == nullptr) return QStyledItemDelegate::updateEditorGeometry(editor, option, {});
+    line->setTextMargins(padding, 0, padding, 0);
     editor->setGeometry(option.rect.adjusted(frame, frame, -frame, -frame));
 }
 

@@ -1,0 +1,267 @@
+// The header of the entry editor: what its fields do when they are left, opening, browsing.
+#include "ledger/ui/PNotaForm.h"
+
+#include "ledger/EntryEditing.h"
+#include "ledger/Maintenance.h"
+#include "ledger/QuickEntry.h"
+#include "ledger/VatLines.h"
+#include "ledger/ui/PNotaCerca.h"
+#include "tables/ui/Lookups.h"
+#include "tarvodlg/base/Numbers.h"
+#include "tarvodlg/widgets/Pickers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace {
+
+bool HasNoVatLines(const PNOTA &entry)
+{
+    return std::all_of(entry.iva.begin(), entry.iva.end(), [](const PNOTA_IVA &line) {
+        return line.iva == 0 && TestIfZero(line.impo) && TestIfZero(line.imposta);
+    });
+}
+
+} // namespace
+
+bool CPNota::IsRecordLoaded() const
+{
+    return !form_->is_new;
+}
+
+bool CPNota::OnInitDialog()
+{
+    OfferMaintenance();
+    if (!m_open) Blank();
+    ShowEntry(!m_open);
+    if (m_open)
+        SetFocusTo(form_->document);
+    else
+        SetFocusTo(form_->causale);
+    return true;
+}
+
+void CPNota::EnterFirstField()
+{
+    SetFocusTo(form_->causale);
+}
+
+void CPNota::ShowEntry(bool is_new)
+{
+    Form &f = *form_;
+    f.is_new = is_new;
+    f.typed_total = 0;
+    f.changed_line.reset();
+    f.changed_row.reset();
+    Protect(nullptr);
+    SetField();
+    SetChanged(false);
+}
+
+void CPNota::Blank()
+{
+    auto blank = std::make_unique<PNOTA>();
+    sqlpno.Blank(nullptr, blank.get());
+    blank->pno_data = CDateField::WorkingDate();
+    m_pnota = std::move(*blank);
+    m_row = 0;
+}
+
+/// The field is left before the next one is looked for: what can be entered depends on it, on the causale most of all.
+bool CPNota::focusNextPrevChild(bool next)
+{
+    return !LeaveFocusedField() || CTarvoRecordDialog::focusNextPrevChild(next);
+}
+
+// --- fields
+
+bool CPNota::OnLostFocusEventCodCau()
+{
+    GetField();
+    CommandScope scope(nullptr);
+    EnterCausale(scope.get(), &m_pnota, form_->typed.causale);
+    form_->typed_total = 0;
+    Protect(scope.get());
+    SetField();
+    return true;
+}
+
+/// The number of a stored entry brings that entry; any other one is refused, since entries are numbered when stored.
+bool CPNota::OnLostFocusEventNumero()
+{
+    const long wanted = std::lround(form_->number->Value());
+    if (wanted == m_pnota.pno_codice) return true;
+    auto found = std::make_unique<PNOTA>();
+    const bool may_go = wanted != 0 && sqlpno.Search(nullptr, wanted, found.get());
+    form_->number->SetValue(static_cast<double>(m_pnota.pno_codice));
+    form_->number->SetModified(false);
+    if (!may_go) return false;
+    if (!ConfirmDiscard()) return true;
+    m_pnota = std::move(*found);
+    m_row = 0;
+    ShowEntry(false);
+    return true;
+}
+
+bool CPNota::OnLostFocusEventDesCau()
+{
+    GetField();
+    EnterCausaleDescription(&m_pnota, form_->typed.causale_text.str());
+    SetField();
+    return true;
+}
+
+bool CPNota::OnLostFocusEventSezione()
+{
+    GetField();
+    EnterSection(nullptr, &m_pnota, form_->typed.section);
+    SetField();
+    return true;
+}
+
+bool CPNota::OnLostFocusEventNumDoc()
+{
+    GetField();
+    EnterDocumentNumber(&m_pnota, form_->typed.document.str());
+    SetField();
+    return true;
+}
+
+bool CPNota::OnLostFocusEventCodClifor()
+{
+    GetField();
+    EnterCounterpart(nullptr, &m_pnota, form_->typed.counterpart);
+    SetField();
+    return true;
+}
+
+bool CPNota::OnLostFocusEventCodPag()
+{
+    GetField();
+    EnterTerms(nullptr, &m_pnota, form_->typed.terms);
+    SetField();
+    return true;
+}
+
+/// The total alone tells the first VAT line of an invoice, where its VAT code is known from earlier ones.
+bool CPNota::OnLostFocusEventTotDoc()
+{
+    GetField();
+    CommandScope scope(nullptr);
+    EnterDocumentTotal(scope.get(), &m_pnota, form_->typed.total);
+    form_->typed_total = m_pnota.pno_cau_iva == 1 ? m_pnota.pno_tot_doc : 0;
+    if (form_->is_new && !TestIfZero(form_->typed_total) && HasNoVatLines(m_pnota)) {
+        if (const long code = UsualVatCode(scope.get(), m_pnota)) {
+            ProposeTaxable(scope.get(), 1, code);
+            EnterVatCode(scope.get(), &m_pnota, 0, code);
+            ProtectIva();
+        }
+    }
+    SetField();
+    return true;
+}
+
+/// Another year has a numbering of its own.
+bool CPNota::OnLostFocusEventData()
+{
+    GetField();
+    m_pnota.pno_data = form_->typed.day;
+    if (m_pnota.pno_sez != 0 && m_pnota.pno_data != 0) EnterSection(nullptr, &m_pnota, m_pnota.pno_sez);
+    SetField();
+    return true;
+}
+
+/// The date of a document does not become the day on which the next entries are registered.
+bool CPNota::KeepWorkingDate()
+{
+    CDateField::SetWorkingDate(m_pnota.pno_data);
+    return true;
+}
+
+/// A protocol typed by the user is fixed; an emptied one is the next free one again.
+bool CPNota::OnLostFocusEventProt()
+{
+    GetField();
+    m_pnota.pno_prot = form_->typed.protocol;
+    m_pnota.pno_prot_fisso = m_pnota.pno_prot != 0 ? 1 : 0;
+    if (m_pnota.pno_prot == 0) EnterSection(nullptr, &m_pnota, m_pnota.pno_sez);
+    SetField();
+    return true;
+}
+
+void CPNota::OnDblClickCodClifor()
+{
+    form_->counterpart->Browse();
+}
+
+void CPNota::OnDblClickCodPag()
+{
+    form_->terms->Browse();
+}
+
+void CPNota::OnDblClickCodCau()
+{
+    form_->causale->Browse();
+}
+
+void CPNota::OnDblClickSezione()
+{
+    form_->section->Browse();
+}
+
+// --- commands over the entry on screen
+
+void CPNota::OnRecordNuovo()
+{
+    if (!ConfirmDiscard()) return;
+    Blank();
+    ShowEntry(true);
+    EnterFirstField();
+}
+
+void CPNota::OnRecordAnnulla()
+{
+    if (form_->is_new) {
+        Blank();
+        ShowEntry(true);
+        return EnterFirstField();
+    }
+    if (!sqlpno.Search(nullptr, m_pnota.pno_codice, &m_pnota)) {
+        AfxMessageBox(fmt::format("Il movimento n. {} non esiste più.", m_pnota.pno_codice), MB_OK | MB_ICONSTOP);
+        return;
+    }
+    ShowEntry(false);
+}
+
+void CPNota::OnRecordCerca()
+{
+    if (!ConfirmDiscard()) return;
+    GetField();
+    auto chosen = std::make_unique<PNOTA>(m_pnota);
+    CPNotaCerca search(chosen.get(), this);
+    if (search.DoModal() != IDOK) return;
+    m_pnota = std::move(*chosen);
+    m_row = 0;
+    ShowEntry(false);
+}
+
+void CPNota::GoTo(bool forward)
+{
+    if (!ConfirmDiscard()) return;
+    auto neighbour = std::make_unique<PNOTA>(m_pnota);
+    CommandScope scope(nullptr);
+    const bool is_found =
+        forward ? sqlpno.Next(scope.get(), neighbour.get()) : sqlpno.Previous(scope.get(), neighbour.get());
+    if (!is_found) return BeepRefused();
+    m_pnota = std::move(*neighbour);
+    m_row = 0;
+    ShowEntry(false);
+}
+
+void CPNota::CheckDate()
+{
+    CDataSel period(this);
+    period.m_title = "Controllo Date Movimenti";
+    if (period.DoModal() == IDOK) ::CheckDate(period.m_start, period.m_stop);
+}
