@@ -23,13 +23,18 @@ class BarePostgresJournal final : public BareJournal {
                         " AND pno_prot IS NOT NULL ORDER BY pno_prot DESC LIMIT 1");
         PreparePostgres(connection, "header", header_.Text("admin.pnota1", '$'));
         PreparePostgres(connection, "row", rows_.front().Text("admin.pnotaro2", '$'));
+        for (std::size_t i = 0; i < BareInstalments::kSources; ++i)
+            PreparePostgres(connection, kSourceNames[i], BareInstalments::SourceText(i, '$'));
+        PreparePostgres(connection, "instalments", "SELECT COUNT(*) FROM admin.scadenze WHERE sca_pno = $1");
+        PreparePostgres(connection, "max instalment",
+                        "SELECT sca_num FROM admin.scadenze WHERE sca_relaz = $1 ORDER BY sca_num DESC LIMIT 1");
     }
 
     void Store() override
     {
         Control("BEGIN");
         Ask("lock", std::array{"1282764133", "1"});
-        const long long number = Ask("number", std::array<const char *, 0>{}) + 1;
+        const long long number = stored_ = Ask("number", std::array<const char *, 0>{}) + 1;
         header_.SetInteger(number_, number);
         header_.SetInteger(protocol_, Ask("protocol", std::array{"2026", "1", "2"}) + 1);
         Insert("header", header_);
@@ -40,7 +45,31 @@ class BarePostgresJournal final : public BareJournal {
         Control("COMMIT");
     }
 
+    void StoreInstalments(BareInstalments &instalments) override
+    {
+        for (std::size_t i = 0; i < BareInstalments::kSources; ++i)
+            Ask(kSourceNames[i], std::array{std::to_string(instalments.codes[i]).c_str()});
+        if (!has_instalment_)
+            PreparePostgres(connection_.get(), "instalment", instalments.inserts.front().Text("admin.scadenze", '$'));
+        has_instalment_ = true;
+        const std::string entry = std::to_string(stored_), side = std::to_string(kSupplier);
+        Control("BEGIN");
+        Ask("lock", std::array{"1282764133", "3"});
+        if (Ask("instalments", std::array{entry.c_str()}) != 0)
+            throw std::runtime_error("bare PostgreSQL: there are instalments");
+        long long number = Ask("max instalment", std::array{side.c_str()});
+        for (BareInsert &instalment : instalments.inserts) {
+            instalment.SetInteger(instalment.PlaceOf("sca_num"), ++number);
+            instalment.SetInteger(instalment.PlaceOf("sca_pno"), stored_);
+            Insert("instalment", instalment);
+        }
+        Control("COMMIT");
+    }
+
   private:
+    static constexpr std::array<const char *, BareInstalments::kSources> kSourceNames = {"terms", "supplier", "bank",
+                                                                                         "vat"};
+
     void Control(const char *text)
     {
         const BareResult result(PQexec(connection_.get(), text));
@@ -59,7 +88,7 @@ class BarePostgresJournal final : public BareJournal {
     long long Ask(const char *name, const std::array<const char *, Count> &values)
     {
         const BareResult result = Execute(name, Count, values.data(), PGRES_TUPLES_OK);
-        return std::atoll(PQgetvalue(result.get(), 0, 0));
+        return PQntuples(result.get()) == 0 ? 0 : std::atoll(PQgetvalue(result.get(), 0, 0));
     }
 
     void Insert(const char *name, const BareInsert &insert)
@@ -75,6 +104,8 @@ class BarePostgresJournal final : public BareJournal {
     std::vector<BareInsert> rows_;
     std::size_t number_, protocol_, row_number_;
     std::vector<const char *> texts_;
+    long long stored_ = 0; ///< number of the last entry
+    bool has_instalment_ = false;
 };
 
 } // namespace

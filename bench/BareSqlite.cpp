@@ -40,12 +40,17 @@ class BareSqliteJournal final : public BareJournal {
                                       " AND pno_prot IS NOT NULL ORDER BY pno_prot DESC LIMIT 1");
         insert_header_ = PrepareSqlite(database_.get(), header_.Text("admin.pnota1", '?'));
         insert_row_ = PrepareSqlite(database_.get(), rows_.front().Text("admin.pnotaro2", '?'));
+        for (std::size_t i = 0; i < BareInstalments::kSources; ++i)
+            sources_[i] = PrepareSqlite(database_.get(), BareInstalments::SourceText(i, '?'));
+        instalments_ = PrepareSqlite(database_.get(), "SELECT COUNT(*) FROM admin.scadenze WHERE sca_pno = ?1");
+        max_instalment_ = PrepareSqlite(
+            database_.get(), "SELECT sca_num FROM admin.scadenze WHERE sca_relaz = ?1 ORDER BY sca_num DESC LIMIT 1");
     }
 
     void Store() override
     {
         Run(begin_.get());
-        const long long number = Highest(max_number_.get()) + 1;
+        const long long number = stored_ = Highest(max_number_.get()) + 1;
         sqlite3_bind_int64(max_protocol_.get(), 1, 2026);
         sqlite3_bind_int64(max_protocol_.get(), 2, 1);
         sqlite3_bind_int64(max_protocol_.get(), 3, kPurchases);
@@ -59,7 +64,35 @@ class BareSqliteJournal final : public BareJournal {
         Run(commit_.get());
     }
 
+    void StoreInstalments(BareInstalments &instalments) override
+    {
+        for (std::size_t i = 0; i < BareInstalments::kSources; ++i) Ask(sources_[i].get(), instalments.codes[i]);
+        if (!insert_instalment_)
+            insert_instalment_ =
+                PrepareSqlite(database_.get(), instalments.inserts.front().Text("admin.scadenze", '?'));
+        Run(begin_.get());
+        if (Ask(instalments_.get(), stored_) != 0) throw std::runtime_error("bare SQLite: there are instalments");
+        long long number = Ask(max_instalment_.get(), kSupplier);
+        for (BareInsert &instalment : instalments.inserts) {
+            instalment.SetInteger(instalment.PlaceOf("sca_num"), ++number);
+            instalment.SetInteger(instalment.PlaceOf("sca_pno"), stored_);
+            Insert(insert_instalment_.get(), instalment);
+        }
+        Run(commit_.get());
+    }
+
   private:
+    /// First value of the first row, 0 when there is none.
+    long long Ask(sqlite3_stmt *query, long long code)
+    {
+        sqlite3_bind_int64(query, 1, code);
+        const int result = sqlite3_step(query);
+        if (result != SQLITE_ROW && result != SQLITE_DONE) throw BareError(database_.get());
+        const long long value = result == SQLITE_ROW ? sqlite3_column_int64(query, 0) : 0;
+        sqlite3_reset(query);
+        return value;
+    }
+
     void Run(sqlite3_stmt *statement)
     {
         if (sqlite3_step(statement) != SQLITE_DONE) throw BareError(database_.get());
@@ -86,6 +119,9 @@ class BareSqliteJournal final : public BareJournal {
     std::vector<BareInsert> rows_;
     std::size_t number_, protocol_, row_number_;
     BareStatement begin_, commit_, max_number_, max_protocol_, insert_header_, insert_row_;
+    std::array<BareStatement, BareInstalments::kSources> sources_;
+    BareStatement instalments_, max_instalment_, insert_instalment_;
+    long long stored_ = 0; ///< number of the last entry
 };
 
 } // namespace

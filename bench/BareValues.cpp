@@ -1,6 +1,7 @@
 #include "bench/BareValues.h"
 
 #include "tarvolumera/PSQLrow.h"
+#include "tarvolumera/PaymentTerms.h"
 
 #include <fmt/format.h>
 
@@ -86,4 +87,14 @@ std::vector<BareInsert> InsertsOfRows(const PNOTA &entry)
     for (const PNOTA_RIGA &row : entry.righe)
         if (row.InUse()) inserts.push_back(InsertOf(sqlrow.Description(), &row));
     return inserts;
+}
+
+std::string BareInstalments::SourceText(std::size_t source, char mark)
+{
+    const std::array<std::string, kSources> texts = {
+        "SELECT " + sqlpag.ColumnList() + " FROM admin.pagament WHERE pag_codice = ",
+        "SELECT for_ban, for_codice FROM admin.fornito1 WHERE for_codice = ",
+        "SELECT ban_codice, ban_desc FROM admin.banche1 WHERE ban_codice = ",
+        "SELECT iva_tip, iva_aliq FROM admin.codiva WHERE iva_codice = "};
+    return texts.at(source) + mark + "1";
 }

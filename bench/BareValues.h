@@ -2,6 +2,8 @@
 
 #include "tarvolumera/TableDescription.h"
 
+#include <array>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,11 +37,25 @@ BareInsert InsertOf(const TableDescription &table, const void *record);
 /// The rows in use of an entry.
 std::vector<BareInsert> InsertsOfRows(const PNOTA &entry);
 
+/// The instalments of an entry and what they are made from.
+struct BareInstalments {
+    static constexpr std::size_t kSources = 4;
+
+    std::vector<BareInsert> inserts;
+    std::array<long long, kSources> codes{}; ///< of payment terms, supplier, bank and VAT code
+
+    /// Query of one source by its code, which is marked "?1" or "$1".
+    static std::string SourceText(std::size_t source, char mark);
+};
+
 /// The client library alone, storing copies of one entry with a new number and protocol each.
 class BareJournal {
   public:
     virtual ~BareJournal() = default;
     virtual void Store() = 0; ///< one entry, one transaction
+    /// Those of the entry stored last, in a transaction of their own: reads what they are made from, sees that there
+    /// are none yet, numbers and stores them.
+    virtual void StoreInstalments(BareInstalments &instalments) = 0;
 };
 std::unique_ptr<BareJournal> OpenBareSqlite(const std::string &file, const PNOTA &stored);
 std::unique_ptr<BareJournal> OpenBarePostgres(const std::string &address, const PNOTA &stored);

@@ -11,6 +11,7 @@
 namespace {
 
 constexpr long kYear = 2026;
+constexpr long kCounterparts = 5000, kFirstCounterpart = 1001;
 
 /// The address of the server with another database in it: "postgresql://[host]/database[?options]".
 std::string WithDatabase(const std::string &address, const std::string &database)
@@ -124,13 +125,50 @@ void BenchArchive::FillJournal(long entries) const
     Run(&connection, kRows, entries);
     transaction.Commit();
     connection.SetDurability(SADurability::Full);
-    // What a server in use does by itself after a while. Here it is done once and then kept from happening: the plans
-    // of a journal without statistics read all entries of the year for the next protocol, so the archive whose turn
-    // came first would win by far.
-    if (engine_ == SAEngine::PostgreSQL)
-        connection.ExecuteScript("VACUUM ANALYZE;"
-                                 "ALTER TABLE admin.pnota1 SET (autovacuum_enabled = false);"
-                                 "ALTER TABLE admin.pnotaro2 SET (autovacuum_enabled = false)");
+    for (const char *table : {"pnota1", "pnotaro2"}) Settle(&connection, table);
+}
+
+void BenchArchive::FillSchedule(long instalments) const
+{
+    const char *due = engine_ == SAEngine::SQLite ? "date('2021-01-01', '+' || (n * 2190 / :entries) || ' days')"
+                                                  : "DATE '2021-01-01' + CAST(n * 2190 / :entries AS INTEGER)";
+    constexpr char kNumbers[] = " WITH RECURSIVE numbers(n) AS (SELECT CAST(1 AS BIGINT) UNION ALL"
+                                " SELECT n + 1 FROM numbers WHERE n < :entries)";
+    const std::string counterparts =
+        fmt::format("INSERT INTO admin.{{0}} ({{1}}_codice, {{1}}_desc){} SELECT {} + n,"
+                    " 'Officine meccaniche n. ' || CAST(n * 7919 % 5003 AS VARCHAR(10)) || ' S.r.l.' FROM numbers",
+                    kNumbers, kFirstCounterpart - 1);
+    const std::string schedule = fmt::format(
+        "INSERT INTO admin.scadenze (sca_relaz, sca_num, sca_anno, sca_sez, sca_cli_for, sca_data, sca_importo, "
+        "sca_pag,"
+        " sca_tipo_pag, sca_pagato, sca_data_pag, sca_emessa, sca_fattura, sca_data_fattura, sca_desc, sca_rata,"
+        " sca_rate, sca_tot_fat){0}"
+        " SELECT n % 2, (n + 1) / 2, 2021 + n * 6 / :entries, 1, {2} + n * 31 % {3}, {1}, n % 5000 + 100.25, 21, 2,"
+        " CASE WHEN is_open THEN 0 ELSE 1 END, CASE WHEN is_open THEN NULL ELSE {1} END, {1},"
+        " CAST(n % 7777 AS VARCHAR(10)) || '/A', {1}, 'PAGAMENTO FATTURA ACQUISTO MERCI', 1 + n % 3, 3, 15300.75"
+        " FROM (SELECT n, n > :entries * 95 / 100 OR n % 50 = 7 AS is_open FROM numbers) AS numbered",
+        kNumbers, due, kFirstCounterpart, kCounterparts);
+    SAConnection connection;
+    connection.Connect(target_);
+    connection.SetDurability(SADurability::Relaxed);
+    SATransaction transaction(&connection);
+    Run(&connection, fmt::format(fmt::runtime(counterparts), "clienti1", "cli"), kCounterparts);
+    Run(&connection, fmt::format(fmt::runtime(counterparts), "fornito1", "for"), kCounterparts);
+    Run(&connection, schedule, instalments);
+    transaction.Commit();
+    connection.SetDurability(SADurability::Full);
+    for (const char *table : {"clienti1", "fornito1", "scadenze"}) Settle(&connection, table);
+}
+
+// What a server in use does by itself after a while. Here it is done once and then kept from happening: the plans of a
+// journal without statistics read all entries of the year for the next protocol, so the archive whose turn came first
+// would win by far.
+void BenchArchive::Settle(SAConnection *connection, const char *table) const
+{
+    if (engine_ != SAEngine::PostgreSQL) return;
+    connection->ExecuteScript(fmt::format("VACUUM ANALYZE admin.{0};"
+                                          "ALTER TABLE admin.{0} SET (autovacuum_enabled = false)",
+                                          table));
 }
 
 PNOTA PurchaseEntry()

@@ -29,7 +29,13 @@ class BenchArchive {
     /// tables, and lets the server gather its statistics, once for the life of the archive.
     void FillJournal(long entries) const;
 
+    /// Adds customers, suppliers and a schedule of six years, half of it the customers', in which the last months and
+    /// one in fifty of the others are open; then as FillJournal.
+    void FillSchedule(long instalments) const;
+
   private:
+    void Settle(SAConnection *connection, const char *table) const;
+
     SAEngine engine_;
     std::string server_, database_;
     std::filesystem::path folder_;

@@ -20,6 +20,13 @@ void MeasureListing(const BenchArchive &archive, long entries, Findings &finding
 /// current company's.
 void MeasureOpening(const BenchArchive &archive, long entries, Findings &findings);
 
+/// The list of one side of a schedule of `instalments` instalments, and the aging of its open ones, against the client
+/// library alone with the same queries.
+void MeasureSchedule(const BenchArchive &archive, long instalments, Findings &findings);
+
+/// Storing entries with the generation of their instalments, against the client library alone.
+void MeasureGenerating(const BenchPlaces &places, SAEngine engine, long entries, Findings &findings);
+
 /// Going to the next entry in each browse order, in the middle of the journal. A query that does not enter an index at
 /// its place is a fault. @param verbose  prints the engine's plans
 void MeasureBrowsing(const BenchArchive &archive, long entries, bool verbose, Findings &findings);

@@ -21,6 +21,7 @@ struct Options {
 
     long Stored() const { return entries != 0 ? entries : 5'000; }
     long Listed() const { return entries != 0 ? entries : 100'000; }
+    long Due() const { return entries != 0 ? entries * 10 : 1'000'000; }
     bool Wants(const std::string &group) const { return only.empty() || only == group; }
 };
 
@@ -47,6 +48,12 @@ class TemporaryFolder {
 void MeasureEngine(const Options &options, const BenchPlaces &places, SAEngine engine, Findings &findings)
 {
     if (options.Wants("store")) MeasureStoring(places, engine, options.Stored(), findings);
+    if (options.Wants("schedule")) {
+        MeasureGenerating(places, engine, options.Stored(), findings);
+        const BenchArchive archive(places, engine, "schedule");
+        archive.FillSchedule(options.Due());
+        MeasureSchedule(archive, options.Due(), findings);
+    }
     const auto groups = {"list", "open", "browse", "memory", "print"};
     if (std::none_of(groups.begin(), groups.end(), [&](const char *group) { return options.Wants(group); })) return;
     const BenchArchive archive(places, engine, "listing");
@@ -78,7 +85,8 @@ int main(int argc, char **argv)
 {
     CLI::App app("Measures the program against the bare client libraries and the bare XML parser.");
     Options options;
-    app.add_option("--entries", options.entries, "Entries stored (5000 by default) and listed (100000 by default)")
+    app.add_option("--entries", options.entries,
+                   "Entries stored (5000 by default) and listed (100000 by default); ten times as many instalments")
         ->check(CLI::Range(10L, 10'000'000L));
     app.add_option("--postgres", options.postgres, "Address of a PostgreSQL server on which databases may be created")
         ->envname("LUMERA_TEST_POSTGRES");
@@ -86,7 +94,7 @@ int main(int argc, char **argv)
         ->check(CLI::ExistingDirectory);
     app.add_option("--samples", options.samples, "Folder with FatturaPA files")->check(CLI::ExistingDirectory);
     app.add_option("--only", options.only, "One group of cases")
-        ->check(CLI::IsMember({"store", "list", "open", "browse", "memory", "print", "read", "grid"}));
+        ->check(CLI::IsMember({"store", "schedule", "list", "open", "browse", "memory", "print", "read", "grid"}));
     app.add_flag("--json", options.json, "Print the findings as JSON");
     app.add_flag("--verbose", options.verbose, "Print the plans of the browse queries");
     app.add_option("--memory-probe", options.memory_probe)->group("");

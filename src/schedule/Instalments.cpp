@@ -47,6 +47,20 @@ long CounterpartBank(SACommand *cmd, const PNOTA &entry)
     return supplier.for_ban;
 }
 
+/// What the terms leave to the user; empty when the proposal is whole.
+std::string NoticeOf(const PAGAMENTI &terms, long start_day, const std::vector<Instalment> &rows)
+{
+    if (rows.empty())
+        return fmt::format("Il pagamento {} prevede {} rate, più di {}: le scadenze vanno scritte a mano.",
+                           terms.pag_codice, InstalmentCount(terms), kInstalmentsMax);
+    if (start_day == 0)
+        return fmt::format("Il pagamento {} non ha una decorrenza: le date vanno scritte a mano.", terms.pag_codice);
+    if (rows.back().due_day == 0)
+        return fmt::format("Con il pagamento {} non si trovano tutte le date: quelle mancanti vanno scritte a mano.",
+                           terms.pag_codice);
+    return {};
+}
+
 SCADENZE CommonFields(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal, long count)
 {
     PAGAMENTI terms;
@@ -83,12 +97,12 @@ std::optional<InstalmentProposal> ProposeInstalments(SACommand *cmd, const PNOTA
     proposal.bank_description = bank.ban_desc.str();
 
     const EntryTotals totals = TotalsOfVatLines(scope.get(), entry);
+    if (TestIfZero(totals.total) || terms.pag_num_rate <= 0) return std::nullopt;
     const std::vector<double> amounts = SplitTotal(terms, totals.total, totals.vat);
-    if (amounts.empty()) return std::nullopt;
     const long start = StartDay(terms, {entry.pno_data, entry.pno_data_doc, entry.pno_data_pag});
     const std::vector<long> days = DueDays(terms, start, amounts.size());
-    for (std::size_t i = 0; i < amounts.size() && i < kInstalmentRows; ++i)
-        proposal.rows.push_back({days[i], amounts[i]});
+    for (std::size_t i = 0; i < amounts.size(); ++i) proposal.rows.push_back({days[i], amounts[i]});
+    proposal.notice = NoticeOf(terms, start, proposal.rows);
     proposal.total = totals.total;
     proposal.description = entry.pno_rel == kSupplier ? "PAGAMENTO FATTURA ACQUISTO MERCI" : "INCASSO FATTURA VENDITA";
     return proposal;
@@ -139,6 +153,11 @@ long GenerateInstalments(SACommand *cmd, const PNOTA &entry)
     CommandScope scope(cmd);
     if (sqlsca.CountOf(scope.get(), entry.pno_codice) > 0) return 0;
     const std::optional<InstalmentProposal> proposal = ProposeInstalments(scope.get(), entry);
-    if (!proposal || !ConfirmTotal(proposal->rows, proposal->total)) return 0;
+    if (!proposal) return 0;
+    if (!proposal->notice.empty()) {
+        AfxMessageBox(proposal->notice, MB_OK | MB_ICONEXCLAMATION);
+        return 0;
+    }
+    if (!ConfirmTotal(proposal->rows, proposal->total)) return 0;
     return StoreInstalments(scope.get(), entry, *proposal);
 }

@@ -7,7 +7,7 @@
 #include <string>
 
 /// Rows of the generator's grid.
-inline constexpr std::size_t kInstalmentRows = 60;
+inline constexpr std::size_t kInstalmentRows = static_cast<std::size_t>(kInstalmentsMax);
 
 /// What the generator proposes for a stored entry, and what the user may correct before it is stored.
 struct InstalmentProposal {
@@ -16,10 +16,13 @@ struct InstalmentProposal {
     std::string description;
     long bank = 0; ///< the counterpart's own bank, 0 = none
     std::string bank_description;
+    /// Why dates or rows are missing and have to be typed, a whole Italian sentence; empty when nothing is missing.
+    std::string notice;
 };
 
 /// Proposes the instalments of an entry from its terms. Nothing when the entry has no terms or counterpart, the terms
-/// make no instalments or do not exist, the total is zero: the generation then ends without a word.
+/// make no instalments or do not exist, the total is zero: the generation then ends without a word. Terms that make
+/// more instalments than the grid has rows, or whose dates cannot be found, give a proposal without them and a notice.
 std::optional<InstalmentProposal> ProposeInstalments(SACommand *cmd, const PNOTA &entry);
 
 /// Asks whether to go on when the rows do not add up to the document total; beeps before. No transaction may be open.
@@ -32,7 +35,7 @@ bool ConfirmTotal(std::span<const Instalment> rows, double total);
 /// @throws SAException, and then nothing is stored; also when another station has generated them meanwhile
 long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal);
 
-/// Proposes, confirms and stores in one go, as the command line and the registration of invoices do. An entry that
-/// already has instalments is left alone.
+/// Proposes, confirms and stores in one go, as the command line does. An entry that already has instalments is left
+/// alone; of a proposal that has to be completed by hand nothing is stored, and the user is told why.
 /// @return the number stored; 0 when there is nothing to generate or the user said No
 long GenerateInstalments(SACommand *cmd, const PNOTA &entry);

@@ -1,6 +1,7 @@
 #include "tables/FaultList.h"
 
 #include "tarvodlg/base/Numbers.h"
+#include "tarvolumera/InstalmentRules.h"
 #include "tarvolumera/JournalEntry.h"
 #include "tarvolumera/fatturapa/FatturaCodes.h"
 
@@ -199,7 +200,7 @@ constexpr std::array<std::string_view, 12> kMonths = {"GENNAIO",   "FEBBRAIO", "
                                                       "MAGGIO",    "GIUGNO",   "LUGLIO",   "AGOSTO",
                                                       "SETTEMBRE", "OTTOBRE",  "NOVEMBRE", "DICEMBRE"};
 constexpr std::array<std::string_view, 3> kStartRules = {"DATA FATTURA", "DATA DIVERSA", "FINE MESE"};
-constexpr long kInstalmentsMax = 60, kPaymentKindMax = 99, kDaysMax = 999;
+constexpr long kPaymentKindMax = 99, kDaysMax = 999;
 
 template <std::size_t N>
 bool IsOneOf(const std::array<std::string_view, N> &known, std::string_view text)
@@ -211,6 +212,17 @@ void CheckMonth(FaultList &faults, const char *field, std::string_view month)
 {
     faults.RefuseIf(!month.empty() && !IsOneOf(kMonths, month), field,
                     fmt::format("«{}» non è un mese: scriverlo intero, come AGOSTO.", month));
+}
+
+/// Yearly instalments on a fixed day, for one, come to the same excluded month again and again.
+void CheckExcludedMonths(FaultList &faults, const PAGAMENTI &record)
+{
+    const long days = record.pag_gg_int;
+    if (!GeneratesInstalments(record) || days < 0 || days > kDaysMax) return; // told already
+    faults.RefuseIf(!LeavesExcludedMonths(record), "gg_int",
+                    fmt::format("Con rate ogni {} giorni una scadenza può non uscire mai dai mesi esclusi: cambiare "
+                                "l'intervallo o i mesi.",
+                                days));
 }
 
 } // namespace
@@ -233,6 +245,8 @@ std::vector<FieldFault> CheckPagamento(SACommand *cmd, const PAGAMENTI &record, 
     const long least = GeneratesInstalments(record) ? 1 : 0;
     faults.RefuseIf(record.pag_num_rate < least || record.pag_num_rate > kInstalmentsMax, "num_rate",
                     fmt::format("Le rate vanno da {} a {}.", least, kInstalmentsMax));
+    faults.RefuseIf(record.pag_num_rate == kInstalmentsMax && InstalmentCount(record) > kInstalmentsMax, "num_rate",
+                    fmt::format("Con quella dell'IVA le rate sono più di {}.", kInstalmentsMax));
     CheckMonth(faults, "mese_esc_1", record.pag_mese_esc_1);
     CheckMonth(faults, "mese_esc_2", record.pag_mese_esc_2);
     CheckMonth(faults, "mese_esc_3", record.pag_mese_esc_3);
@@ -242,5 +256,6 @@ std::vector<FieldFault> CheckPagamento(SACommand *cmd, const PAGAMENTI &record, 
     faults.Range("gg_fisso_2", static_cast<double>(record.pag_gg_fisso_2), 0, 31);
     faults.RefuseIf(record.pag_gg_fisso_2 != 0 && record.pag_gg_fisso_1 == record.pag_gg_fisso_2, "gg_fisso_2",
                     "I due giorni fissi sono uguali.");
+    CheckExcludedMonths(faults, record);
     return faults.Take();
 }

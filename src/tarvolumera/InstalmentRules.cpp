@@ -11,11 +11,44 @@ constexpr std::array<std::string_view, 12> kMonths = {"GENNAIO",   "FEBBRAIO", "
                                                       "MAGGIO",    "GIUGNO",   "LUGLIO",   "AGOSTO",
                                                       "SETTEMBRE", "OTTOBRE",  "NOVEMBRE", "DICEMBRE"};
 
-/// More than the generator's grid holds is a mistake in the terms.
-constexpr long kInstalmentsMax = 60;
-
 /// Terms without an interval would never leave an excluded month: a commercial month then serves as the step.
 constexpr long kCommercialMonth = 30;
+
+/// Nobody waits longer for an instalment; steps that lead nowhere by then lead nowhere at all.
+constexpr long kSearchedDays = 3653;
+
+bool IsDay(long day)
+{
+    return Year(day) != 0;
+}
+
+bool IsExcluded(const std::array<int, 3> &months, long day)
+{
+    return std::find(months.begin(), months.end(), Month(day)) != months.end();
+}
+
+/// The day adjusted to the terms, but never to one before `earliest`: short steps out of February would be put back to
+/// its end for ever.
+long AdaptedFrom(const PAGAMENTI &terms, long day, long earliest)
+{
+    long adapted = AdaptData(&terms, day);
+    while (IsDay(adapted) && adapted < earliest) adapted = AdaptData(&terms, ++day);
+    return adapted;
+}
+
+/// The adjusted day, moved on by whole steps until it is in no excluded month; 0 when there is none.
+/// @param earliest  the due date of the instalment before
+long Permitted(const PAGAMENTI &terms, const std::array<int, 3> &excluded, long day, long earliest)
+{
+    const long step = terms.pag_gg_int > 0 ? terms.pag_gg_int : kCommercialMonth;
+    const long last = day + kSearchedDays;
+    day = AdaptedFrom(terms, day, earliest);
+    while (IsDay(day) && IsExcluded(excluded, day)) {
+        if (day > last) return 0;
+        day = AdaptedFrom(terms, day + step, day + 1);
+    }
+    return IsDay(day) ? day : 0;
+}
 
 } // namespace
 
@@ -24,12 +57,19 @@ bool Instalment::IsComplete() const
     return due_day != 0 && !TestIfZero(amount);
 }
 
+long InstalmentCount(const PAGAMENTI &terms)
+{
+    return terms.pag_num_rate + (terms.pag_iva_separata != 0 ? 1 : 0);
+}
+
 long StartDay(const PAGAMENTI &terms, const StartDates &dates)
 {
-    const long base = dates.document_day != 0 ? dates.document_day : dates.registration_day;
+    const long document = dates.document_day != 0 ? dates.document_day : dates.registration_day;
     const std::string rule = ToUpper(Trimmed(terms.pag_ini));
-    if (rule == "DATA FATTURA") return base + terms.pag_gg_ini;
-    if (rule == "DATA DIVERSA") return (dates.different_day != 0 ? dates.different_day : base) + terms.pag_gg_ini;
+    const bool has_own_start = rule == "DATA DIVERSA" && dates.different_day != 0;
+    const long base = has_own_start ? dates.different_day : document;
+    if (base == 0) return 0;
+    if (rule == "DATA FATTURA" || rule == "DATA DIVERSA") return base + terms.pag_gg_ini;
     if (rule == "FINE MESE") return LastDayOfMonth(base) + terms.pag_gg_ini;
     return 0;
 }
@@ -47,12 +87,11 @@ std::array<int, 3> ExcludedMonths(const PAGAMENTI &terms)
 
 std::vector<double> SplitTotal(const PAGAMENTI &terms, double total, double vat)
 {
-    long count = terms.pag_num_rate;
-    if (TestIfZero(total) || count <= 0 || count > kInstalmentsMax) return {};
-    if (terms.pag_iva_separata != 0) ++count;
+    const long count = InstalmentCount(terms);
+    if (TestIfZero(total) || terms.pag_num_rate <= 0 || count > kInstalmentsMax) return {};
 
     double rate = 0, first = 0;
-    if (terms.pag_rate_uguali == 1) {
+    if (terms.pag_rate_uguali != 0) {
         rate = MyCeil(total / static_cast<double>(count), 2);
         first = rate;
     } else if (terms.pag_iva_separata != 0) {
@@ -64,34 +103,35 @@ std::vector<double> SplitTotal(const PAGAMENTI &terms, double total, double vat)
     }
     std::vector<double> amounts(static_cast<std::size_t>(count), rate);
     amounts.front() = Round(first, 2);
-    if (count == 1)
-        amounts.back() = Round(total, 2);
-    else
-        amounts.back() = Round(total - first - static_cast<double>(count - 2) * rate, 2);
+    // In cents, so that the sum is the total whatever the size of it.
+    const long long others = count == 1 ? 0 : ToCents(first) + (count - 2) * ToCents(rate);
+    amounts.back() = FromCents(ToCents(total) - others);
     return amounts;
 }
 
 std::vector<long> DueDays(const PAGAMENTI &terms, long start_day, std::size_t count)
 {
     std::vector<long> days(count, 0);
-    if (start_day == 0) return days;
     const std::array<int, 3> excluded = ExcludedMonths(terms);
-    const long step = terms.pag_gg_int > 0 ? terms.pag_gg_int : kCommercialMonth;
-    const auto is_excluded = [&](long day) {
-        return std::find(excluded.begin(), excluded.end(), Month(day)) != excluded.end();
-    };
-    long day = start_day;
+    const long interval = std::max(0L, terms.pag_gg_int); // a negative one would let the dates go back
+    long day = start_day, before = 0;
     for (long &due : days) {
-        day = AdaptData(&terms, day);
-        while (is_excluded(day)) {
-            const long adapted = AdaptData(&terms, day + step);
-            day = adapted > day ? adapted
-                                : day + step; // short steps out of February would be put back to its end for ever
-        }
-        due = day;
-        day += terms.pag_gg_int;
+        if (!IsDay(day)) break;
+        due = Permitted(terms, excluded, day, before);
+        if (due == 0) break;
+        before = due;
+        day = due + interval;
     }
     return days;
+}
+
+bool LeavesExcludedMonths(const PAGAMENTI &terms)
+{
+    const std::array<int, 3> excluded = ExcludedMonths(terms);
+    const long first = DateToJulian(1, 1, 2025), last = DateToJulian(31, 12, 2028); // every day of a leap cycle
+    for (long day = first; day <= last; ++day)
+        if (Permitted(terms, excluded, day, 0) == 0) return false;
+    return true;
 }
 
 double TotalOf(std::span<const Instalment> rows)

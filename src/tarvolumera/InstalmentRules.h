@@ -22,8 +22,14 @@ struct StartDates {
     long different_day = 0; ///< payment start date, 0 = none
 };
 
-/// Where the terms start counting, initial days added. 0 when the start rule is none of the three known texts: the user
-/// then types the dates.
+/// Rows of the generator's grid. Terms that make more instalments are a mistake.
+inline constexpr long kInstalmentsMax = 60;
+
+/// How many instalments the terms make, that of the separate VAT included.
+long InstalmentCount(const PAGAMENTI &terms);
+
+/// Where the terms start counting, initial days added. 0 when the start rule is none of the three known texts or there
+/// is no date to count from: the user then types the dates.
 long StartDay(const PAGAMENTI &terms, const StartDates &dates);
 
 /// The months (1 to 12) in which nothing falls due; 0 where a name matches no month.
@@ -32,12 +38,17 @@ std::array<int, 3> ExcludedMonths(const PAGAMENTI &terms);
 /// Splits a total into the amounts of the terms. With separate VAT there is one instalment more than the terms say,
 /// also when the equal split wins and none of them is the VAT. What rounding leaves lands on the last one.
 /// @param total  VAT included   @param vat  its VAT part
-/// @return empty when the total is zero or the terms name no instalment
+/// @return empty when the total is zero, or the terms name no instalment or more than kInstalmentsMax
 std::vector<double> SplitTotal(const PAGAMENTI &terms, double total, double vat);
 
 /// The due dates of `count` instalments: each adjusted to the terms' fixed days and moved by whole intervals out of the
-/// excluded months; the next one counts on from there. With a start of 0 they are all 0.
+/// excluded months; the next one counts on from there. They never go back. From the first date that cannot be found on,
+/// all are 0: without a start, past the year 9999, or where ten years of intervals lead from one excluded month into
+/// the next (yearly instalments on a fixed day of August).
 std::vector<long> DueDays(const PAGAMENTI &terms, long start_day, std::size_t count);
+
+/// Whether DueDays finds its way out of the excluded months from whatever day.
+bool LeavesExcludedMonths(const PAGAMENTI &terms);
 
 /// Sum of all amounts, complete rows or not.
 double TotalOf(std::span<const Instalment> rows);

@@ -26,9 +26,9 @@ bool GeneratesInstalments(const PAGAMENTI &terms)
 
 long AdaptData(const PAGAMENTI *terms, long date)
 {
-    long first = terms->pag_gg_fisso_1, second = terms->pag_gg_fisso_2;
+    long first = std::max(0L, terms->pag_gg_fisso_1), second = std::max(0L, terms->pag_gg_fisso_2);
     if (first == 0) std::swap(first, second);
-    if (date == 0 || first == 0) return date;
+    if (Year(date) == 0 || first == 0) return date;
     if (second != 0 && second < first) std::swap(first, second);
     const long highest = std::max(first, second);
 

@@ -157,21 +157,37 @@ TEST_P(CompanyTablesTest, KindOfAVatCodeProposesItsNatureAndAWrongOneIsRefused)
     EXPECT_EQ(Value("SELECT iva_natura FROM admin.codiva WHERE iva_codice = 901 AND iva_tip = 3"), "N3.1");
 }
 
-TEST_P(CompanyTablesTest, PaymentTermsShowTheDueDatesTheyLeadTo)
+TEST_P(CompanyTablesTest, PaymentTermsShowWhatTheyLeadTo)
 {
     user_.today = DateToJulian(15, 1, 2026);
     CPagamenti editor;
     editor.m_codice = 24; // 30/60 days, end of month
     keys::Open(&editor);
-    EXPECT_TRUE(Shows(editor, "fattura del 15/01/2026: 02/03/2026, 01/04/2026") ||
-                Shows(editor, "fattura del 15/01/2026: 28/02/2026, 31/03/2026"));
+    const char *const two = "fattura di 1.220,00 del 15/01/2026: 610,00 il 28/02/2026, 610,00 il 31/03/2026";
+    EXPECT_TRUE(Shows(editor, two));
     EnterTo("Numero rate");
     keys::Type("1");
     keys::Press(Qt::Key_Return);
     editor.OnKickIdle();
-    EXPECT_FALSE(Shows(editor, "fattura del 15/01/2026: 28/02/2026, 31/03/2026"));
+    EXPECT_FALSE(Shows(editor, two));
+    EXPECT_TRUE(Shows(editor, "fattura di 1.220,00 del 15/01/2026: 1.220,00 il 28/02/2026"));
     keys::Press(Qt::Key_F2);
     EXPECT_EQ(Value("SELECT pag_num_rate FROM admin.pagament WHERE pag_codice = 24"), "1");
+}
+
+TEST_P(CompanyTablesTest, TermsThatNeverLeaveTheirExcludedMonthAreRefused)
+{
+    CPagamenti editor;
+    editor.m_codice = 53; // the 10th, not in August and December
+    keys::Open(&editor);
+    EnterTo("ogni giorni");
+    keys::Type("365");
+    user_.Expect("Con rate ogni 365 giorni una scadenza può non uscire mai dai mesi esclusi: cambiare l'intervallo o i "
+                 "mesi.");
+    keys::Press(Qt::Key_F2);
+    EXPECT_FALSE(editor.m_saved);
+    EXPECT_EQ(Focused(), "ogni giorni");
+    EXPECT_EQ(Value("SELECT pag_gg_int FROM admin.pagament WHERE pag_codice = 53"), "28");
 }
 
 TEST_P(CompanyTablesTest, ChartWalksDownItsLevelsAndTakesANewSubAccount)

@@ -1,8 +1,7 @@
 #include "tables/ui/Pagamenti.h"
 
-#include "tarvodlg/base/Dates.h"
+#include "tables/TermsExample.h"
 #include "tarvodlg/base/UserInterface.h"
-#include "tarvolumera/InstalmentRules.h"
 
 namespace {
 
@@ -40,19 +39,6 @@ CChoiceField::Choices Months()
             {"DICEMBRE", "Dicembre"}};
 }
 
-/// The due dates of an invoice of the day, in words; why there are none otherwise.
-std::string DueDatesText(const PAGAMENTI &terms, long day)
-{
-    constexpr std::size_t kShownMax = 6;
-    if (!GeneratesInstalments(terms) || terms.pag_num_rate < 1) return "nessuna scadenza";
-    const auto count = static_cast<std::size_t>(terms.pag_num_rate + (terms.pag_iva_separata == 1 ? 1 : 0));
-    const long start = StartDay(terms, {day, day, day});
-    std::string text = "fattura del " + FormatDate(day) + ": ";
-    const std::vector<long> days = DueDays(terms, start, std::min(count, kShownMax));
-    for (std::size_t i = 0; i < days.size(); ++i) text += (i == 0 ? "" : ", ") + FormatDate(days[i]);
-    return count > kShownMax ? text + " ..." : text;
-}
-
 } // namespace
 
 CPagamenti::CPagamenti(CWnd *parent) : CTableEditor("pagamenti", parent)
@@ -78,7 +64,13 @@ CPagamenti::CPagamenti(CWnd *parent) : CTableEditor("pagamenti", parent)
     Field("pag_mese_esc_2", form.Beside().Choice("", m_record.pag_mese_esc_2, Months()));
     Field("pag_mese_esc_3", form.Beside().Choice("", m_record.pag_mese_esc_3, Months()));
     form.Section("Esempio");
-    example_ = form.Info("");
+    constexpr int kExampleLines = 4; // six instalments and the last one
+    example_ = new QLabel(this);
+    example_->setTextFormat(Qt::PlainText);
+    example_->setWordWrap(true);
+    example_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    example_->setMinimumHeight(kExampleLines * fontMetrics().lineSpacing());
+    form.Fill(example_);
     OnLostFocusEvent(payment_type_, [this] { return OnLostFocusEventTipoPag(); });
 }
 
@@ -110,6 +102,6 @@ bool CPagamenti::OnLostFocusEventTipoPag()
 
 void CPagamenti::ShowExample()
 {
-    const QString text = ToQt(DueDatesText(m_record, CurrentUserInterface().Today()));
+    const QString text = ToQt(ExampleOfTerms(m_record, CurrentUserInterface().Today()));
     if (example_->text() != text) example_->setText(text);
 }

@@ -2,7 +2,7 @@
 
 #include "tables/ui/TableEditor.h"
 
-/// The editor of the payment terms. What they lead to is shown at once: the due dates of an invoice of the working day.
+/// The editor of the payment terms. What they lead to is shown at once: dates and amounts of an invoice of today.
 class CPagamenti : public CTableEditor<PAGAMENTI> {
   public:
     explicit CPagamenti(CWnd *parent = nullptr);

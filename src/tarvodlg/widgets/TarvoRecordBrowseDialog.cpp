@@ -153,9 +153,10 @@ void CTarvoRecordBrowseDialog::RestoreLayout()
     if (filters) filters->setContentsMargins(0, 0, 0, 0); // in line with the toolbar and the grid
     list_->spread->RememberLayout(List::NameOf(*this));
     if (restoreGeometry(QSettings().value(List::GeometryKey(*this)).toByteArray())) return;
-    const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+    const QSizeF screen = QGuiApplication::primaryScreen()->availableSize();
+    const QSize room = QSizeF(screen.width() * 0.98, screen.height() * 0.92).toSize(); // with its frame and title
     const QSize wanted(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 34);
-    resize(wanted.expandedTo(sizeHint()).boundedTo(screen * 0.9));
+    resize(wanted.expandedTo(sizeHint()).boundedTo(room));
 }
 
 void CTarvoRecordBrowseDialog::SaveLayout()

@@ -27,12 +27,26 @@ bool IsEmpty(SACommand *cmd)
     return query.FetchNext() && query.Field("numrec").asLong() == 0;
 }
 
-void RunFile(SACommand *cmd, std::string_view file)
+/// Stations that open the same archive after an update all want to bring it up: the first one does, the others wait for
+/// it. On SQLite a write transaction is that lock already.
+void LockVersion(SACommand *cmd)
+{
+    if (cmd->Connection()->Engine() != SAEngine::PostgreSQL) return;
+    SACommand lock(cmd->Connection(), "LOCK TABLE admin.versione IN EXCLUSIVE MODE");
+    lock.Execute();
+}
+
+/// @return false when another station has run it meanwhile
+bool RunFile(SACommand *cmd, std::string_view file)
 {
     SATransaction transaction(cmd);
     const long version = VersionOf(file);
-    if (version == 1 && cmd->Connection()->Engine() == SAEngine::PostgreSQL)
+    if (version > 1) {
+        LockVersion(cmd);
+        if (ArchiveVersion(cmd) >= version) return false;
+    } else if (cmd->Connection()->Engine() == SAEngine::PostgreSQL) {
         cmd->Connection()->ExecuteScript("CREATE SCHEMA IF NOT EXISTS admin;");
+    }
     for (const std::string &statement : SchemaStatements(ResourceText(file))) {
         SACommand run(cmd->Connection(), statement);
         run.Execute();
@@ -45,6 +59,7 @@ void RunFile(SACommand *cmd, std::string_view file)
     record.Param("programma").setAsString(LUMERA_VERSION);
     record.Execute();
     transaction.Commit();
+    return true;
 }
 
 } // namespace
@@ -86,9 +101,7 @@ int MigrateArchive(SACommand *cmd)
     const long stored = IsEmpty(cmd) ? 0 : ArchiveVersion(cmd);
     int run = 0;
     for (const std::string_view file : ResourceNames("0")) {
-        if (VersionOf(file) <= stored) continue;
-        RunFile(cmd, file);
-        ++run;
+        if (VersionOf(file) > stored && RunFile(cmd, file)) ++run;
     }
     return run;
 }
