@@ -6,7 +6,7 @@ _lumera()
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
             archivio|fatture|pnota|scadenze|tabelle|desk|oggi) [ -z "$group" ] && group=$word ;;
-            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera|stampa|salva|piano-conti|controlla-date|rinumera|riscrivi|importa-scontrini)
+            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera|stampa|salva|piano-conti|controlla-date|rinumera|riscrivi|importa-scontrini|importa-saldi)
                 [ -n "$group" ] && [ -z "$command" ] && command=$word ;;
             clienti|fornitori|causali|codiva|pagamenti|mastri|conti|sottocon|sezioni|banche|centri|agenti|ditta|impostazioni)
                 table=$word ;;
@@ -21,7 +21,7 @@ _lumera()
         "archivio ") words="crea verifica copia" ;;
         "fatture ") words="importa elenco registra esporta" ;;
         "pnota ") words="elenco mostra registra elimina stampa controlla-date rinumera riscrivi importa-scontrini" ;;
-        "scadenze ") words="elenco genera" ;;
+        "scadenze ") words="elenco controlla-date stampa genera importa-saldi" ;;
         "tabelle ") words="elenco mostra salva elimina piano-conti" ;;
         "archivio crea") words="--postgres --demo --anno --movimenti --seme --ditta --piva --codfis --indirizzo --cap --citta --prov --naz" ;;
         "fatture elenco") words="--dal --al --da-registrare" ;;
@@ -33,7 +33,10 @@ _lumera()
         "pnota stampa") words="--da --a --dal --al --sezione --causale --pdf --xlsx --csv" ;;
         "tabelle piano-conti") words="--da --a --pdf --xlsx --csv" ;;
         "tabelle elenco") words="--cerca --xlsx --csv" ;;
-        "scadenze elenco") words="--clienti --fornitori --aperte --chiuse --dal --al" ;;
+        "scadenze elenco") words="--clienti --fornitori --aperte --chiuse --dal --al --sezione --intestatario --destinazione --agente" ;;
+        "scadenze stampa") words="--clienti --fornitori --aperte --chiuse --dal --al --sezione --intestatario --destinazione --agente --pdf --xlsx --csv" ;;
+        "scadenze controlla-date") words="--dal --al" ;;
+        "scadenze importa-saldi") words="--prova" ;;
     esac
     local tables="clienti fornitori causali codiva pagamenti mastri conti sottocon sezioni banche centri agenti"
     if [ "$group" = tabelle ] && [ -n "$command" ] && [ -z "$table" ]; then
@@ -45,7 +48,7 @@ _lumera()
     fi
     COMPREPLY=($(compgen -W "$words $common" -- "$cur"))
     case "$group $command" in
-        "archivio crea"|"archivio copia"|"fatture importa"|"pnota registra"|"pnota importa-scontrini")
+        "archivio crea"|"archivio copia"|"fatture importa"|"pnota registra"|"pnota importa-scontrini"|"scadenze importa-saldi")
             [[ $cur == -* ]] || COMPREPLY=($(compgen -f -- "$cur")) ;;
         "tabelle salva")
             [ -n "$table" ] && [[ $cur != -* ]] && COMPREPLY=($(compgen -f -- "$cur")) ;;

@@ -154,11 +154,12 @@ void ReadHeader(SACommand *cmd, const json &object, long today, PNOTA *entry)
     entry->pno_data_doc = DateAt(object, "data_doc", where);
     entry->pno_cli_for = LongAt(object, "cli_for", where);
     const long causale = LongAt(object, "cau", where);
-    if (object.contains("sez") && !EnterSection(cmd, entry, LongAt(object, "sez", where)))
-        Refuse(where, "la sezione IVA non esiste");
     const long wanted = entry->pno_cli_for;
     EnterCausale(cmd, entry, causale);
     if (entry->pno_cau == 0) Refuse(where, fmt::format("la causale {} non esiste", causale));
+    // After the causale, which may bring a section of its own.
+    if (object.contains("sez") && !EnterSection(cmd, entry, LongAt(object, "sez", where)))
+        Refuse(where, "la sezione IVA non esiste");
     if (entry->pno_rel != kNoCounterpart && wanted != 0 && entry->pno_cli_for == 0)
         Refuse(where,
                fmt::format("il {} {} non esiste", entry->pno_rel == kCustomer ? "cliente" : "fornitore", wanted));

@@ -212,7 +212,7 @@ int Delete(Session *session, long number)
             fmt::format("Vuoi veramente eliminare il movimento n. {} del {}?", number, FormatDate(entry.pno_data)),
             MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES)
         throw RefusedError("Eliminazione non confermata (usare --si).");
-    DeleteEntry(&command, &entry);
+    if (!DeleteEntry(&command, &entry)) throw RefusedError("Esercizio chiuso: eliminazione non confermata.");
     if (session->json)
         PrintJson(nlohmann::json{{"eliminato", number}});
     else

@@ -1,37 +1,13 @@
-#include "cli/Commands.h"
+#include "cli/DateCheck.h"
 
 #include "ledger/FiscalPrinterLog.h"
 #include "ledger/Maintenance.h"
 #include "ledger/Renumbering.h"
-#include "tarvodlg/base/Dates.h"
-#include "tarvolumera/Company.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 namespace {
-
-struct Period {
-    std::string from, to;
-};
-
-/// The date check of a period; of the fiscal year where no bound is given.
-int CheckDates(Session *session, const Period &period)
-{
-    long first = ParseDateOption("--dal", period.from), last = ParseDateOption("--al", period.to);
-    session->OpenArchive();
-    const int year = static_cast<int>(lumera_db_impo.dit_anno);
-    if (first == 0) first = DateToJulian(1, 1, year);
-    if (last == 0) last = DateToJulian(31, 12, year);
-    if (first > last) throw UsageError("--al è anteriore a --dal.");
-    const long faults = CheckDate(first, last);
-    const std::string log = DateCheckLog().string();
-    if (session->json)
-        PrintJson(nlohmann::json{{"dal", JsonDate(first)}, {"al", JsonDate(last)}, {"errori", faults}, {"file", log}});
-    else
-        Print(fmt::format("Date dal {} al {}: {} errori.\n", FormatDate(first), FormatDate(last), faults));
-    return faults == 0 ? kExitDone : kExitRefused;
-}
 
 void RequireYes(MaintenanceBatch batch)
 {
@@ -81,12 +57,11 @@ void AddMaintenanceCommands(CLI::App *app, Session *session, Action *action)
 {
     CLI::App *group = app->get_subcommand("pnota");
 
-    auto period = std::make_shared<Period>();
-    CLI::App *dates = group->add_subcommand("controlla-date", "Elenca in out/pnota.log le date fuori da un periodo");
-    dates->footer("Esempio:\n  lumera pnota controlla-date --dal 2026-01-01 --al 2026-12-31");
-    dates->add_option("--dal", period->from, "Primo giorno ammesso (inizio dell'esercizio)");
-    dates->add_option("--al", period->to, "Ultimo giorno ammesso (fine dell'esercizio)");
-    dates->callback([=] { *action = [=] { return CheckDates(session, *period); }; });
+    AddDateCheckCommand(group, session, action,
+                        {.description = "Elenca in out/pnota.log le date fuori da un periodo",
+                         .example = "lumera pnota controlla-date --dal 2026-01-01 --al 2026-12-31",
+                         .check = [](const DatePeriod &period) { return CheckDate(period.first, period.last); },
+                         .log = DateCheckLog});
 
     CLI::App *renumber = group->add_subcommand("rinumera", "Rinumera i movimenti da 1, per data e numero");
     renumber->footer("Esempio:\n  lumera --si pnota rinumera");

@@ -10,6 +10,7 @@
 #include "tarvolumera/Protocols.h"
 
 #include <cmath>
+#include <fmt/format.h>
 
 namespace {
 
@@ -98,6 +99,7 @@ void EnterCausale(SACommand *cmd, PNOTA *entry, long code)
         TakeCounterpart(scope.get(), entry, counterpart);
     }
     entry->righe = {};
+    entry->centri.clear(); // they split rows that are gone
     for (std::size_t i = 0; i < causale.righe.size(); ++i)
         RowFromTemplate(scope.get(), causale, causale.righe[i], counterpart, &entry->righe[i]);
     sqlpno.RecalcPNota(scope.get(), entry, 1, 0, 0, 0, 0);
@@ -134,7 +136,9 @@ void EnterDocumentNumber(PNOTA *entry, std::string_view number)
     entry->pno_doc = Trimmed(number);
     for (PNOTA_RIGA &row : entry->righe) {
         if (!row.InUse() || row.row_cau != entry->pno_cau) continue;
-        if (row.row_n_doc.empty() || row.row_n_doc == previous) row.row_n_doc = entry->pno_doc;
+        if (!row.row_n_doc.empty() && row.row_n_doc != previous) continue;
+        row.row_n_doc = entry->pno_doc;
+        row.row_d_doc = 0; // the header's, when it is stored
     }
 }
 
@@ -164,6 +168,74 @@ void EnterDocumentTotal(SACommand *cmd, PNOTA *entry, double total)
 {
     entry->pno_tot_doc = Round(total, 2);
     sqlpno.RecalcPNota(cmd, entry, 0, 0, 0, 0, 0);
+}
+
+void EnterDocumentDate(PNOTA *entry, long day)
+{
+    for (PNOTA_RIGA &row : entry->righe) {
+        if (row.InUse() && row.row_n_doc == entry->pno_doc && row.row_d_doc == entry->pno_data_doc) row.row_d_doc = 0;
+    }
+    entry->pno_data_doc = day;
+}
+
+PNOTA CopyAsNew(SACommand *cmd, const PNOTA &original, long day)
+{
+    CommandScope scope(cmd);
+    PNOTA blank, copy = original;
+    sqlpno.Blank(scope.get(), &blank);
+    copy.pno_codice = blank.pno_codice;
+    copy.pno_data = day;
+    copy.pno_prot_fisso = 0;
+    copy.pno_data_pag = 0;
+    copy.pno_operazione = kOrdinary;
+    copy.pno_verifica = copy.pno_trasf = 0;
+    copy.pno_agr = copy.pno_all = copy.pno_all_doc = 0;
+    copy.pno_revisione = 0;
+    copy.allegati.clear();
+    for (PNOTA_RIGA &row : copy.righe) {
+        if (row.row_n_doc == copy.pno_doc) row.row_d_doc = 0; // its date is likely to be changed
+    }
+    RenumberProtocol(scope.get(), &copy);
+    return copy;
+}
+
+namespace {
+
+struct RegisterNeighbour {
+    long protocol = 0, day = 0;
+};
+
+/// The entry whose protocol comes next before or behind the entry's own.
+RegisterNeighbour NeighbourOf(SACommand *cmd, const PNOTA &entry, bool before)
+{
+    SACommand query(cmd->Connection(),
+                    std::string("SELECT pno_prot, pno_data FROM admin.pnota1 WHERE EXTRACT(YEAR FROM pno_data) = :anno"
+                                " AND pno_sez = :sez AND pno_reg = :reg AND pno_codice <> :codice AND pno_prot ") +
+                        (before ? "< :prot ORDER BY pno_prot DESC" : "> :prot ORDER BY pno_prot") + " LIMIT 1");
+    query.Param("anno").setAsLong(Year(entry.pno_data));
+    query.Param("sez").setAsLong(entry.pno_sez);
+    query.Param("reg").setAsLong(entry.pno_reg);
+    query.Param("codice").setAsLong(entry.pno_codice);
+    query.Param("prot").setAsLong(entry.pno_prot);
+    query.Execute();
+    if (!query.FetchNext()) return {};
+    return {query.Field("pno_prot").asLong(), FromSqlDate(query.Field("pno_data").asDateTime())};
+}
+
+} // namespace
+
+std::string DescribeProtocolOrder(SACommand *cmd, const PNOTA &entry)
+{
+    if (entry.pno_prot == 0 || entry.pno_data == 0) return {};
+    CommandScope scope(cmd);
+    const RegisterNeighbour before = NeighbourOf(scope.get(), entry, true);
+    const RegisterNeighbour behind =
+        before.day > entry.pno_data ? RegisterNeighbour{} : NeighbourOf(scope.get(), entry, false);
+    const bool is_behind = behind.day != 0 && behind.day < entry.pno_data;
+    if (before.day <= entry.pno_data && !is_behind) return {};
+    const RegisterNeighbour &other = is_behind ? behind : before;
+    return fmt::format("Date non in ordine: il protocollo {} del registro {} è del {}", other.protocol,
+                       RegisterName(entry.pno_reg), FormatDate(other.day));
 }
 
 void LeaveRowCausale(PNOTA *entry, std::size_t row)

@@ -29,6 +29,19 @@ bool EnterTerms(SACommand *cmd, PNOTA *entry, long code);
 
 void EnterDocumentTotal(SACommand *cmd, PNOTA *entry, double total);
 
+/// Rows that carry the header's document follow it to its new date; those of another document keep theirs.
+/// @param day  day number, 0 = the entry has no document
+void EnterDocumentDate(PNOTA *entry, long day);
+
+/// An entry to be stored as a new one with the header, VAT lines, rows and cost centres of another: next free number
+/// and protocol, registered on that day. What belongs to the life of the other one is left behind: export and check
+/// marks, origin, received invoice, group, start of its instalments.
+PNOTA CopyAsNew(SACommand *cmd, const PNOTA &original, long day);
+
+/// Says when the entry stands before an entry of an earlier protocol, or behind one of a later protocol, in the same
+/// register, section and year: the register is to be kept in the order of dates. Empty when it does not.
+std::string DescribeProtocolOrder(SACommand *cmd, const PNOTA &entry);
+
 // Row grid, on leaving a cell. Rows are counted from 0; an index beyond the grid does nothing.
 
 void LeaveRowCausale(PNOTA *entry, std::size_t row);

@@ -49,12 +49,29 @@ StoreOutcome MissingReference(SACommand *cmd, const PNOTA &entry, long new_count
     return {true, {}, {}};
 }
 
-bool ClosedYearAccepted(SACommand *cmd, const PNOTA &entry)
+bool ClosedYearAccepted(SACommand *cmd, long day)
 {
-    if (!sqlrow.CheckChiusura(cmd, entry.pno_data)) return true;
+    if (!sqlrow.CheckChiusura(cmd, day)) return true;
     return AfxMessageBox(
                "Attenzione la data indicata ricade in un esercizio con chiusura effettuata!\n\nVuoi Continuare?",
                MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
+}
+
+/// The registration date that the archive has for an entry; 0 when the entry is not there.
+long StoredDay(SACommand *cmd, long number)
+{
+    SACommand query(cmd->Connection(), "SELECT pno_data FROM admin.pnota1 WHERE pno_codice = :codice");
+    query.Param("codice").setAsLong(number);
+    query.Execute();
+    return query.FetchNext() ? FromSqlDate(query.Field("pno_data").asDateTime()) : 0;
+}
+
+/// An entry that is moved out of a closed year changes that year as much as one that is moved into it.
+bool ClosedYearsAccepted(SACommand *cmd, const PNOTA &entry, bool is_new)
+{
+    if (!ClosedYearAccepted(cmd, entry.pno_data)) return false;
+    const long stored_on = is_new ? 0 : StoredDay(cmd, entry.pno_codice);
+    return stored_on == 0 || Year(stored_on) == Year(entry.pno_data) || ClosedYearAccepted(cmd, stored_on);
 }
 
 std::string CostCentreFault(SACommand *cmd, PNOTA *entry)
@@ -65,9 +82,11 @@ std::string CostCentreFault(SACommand *cmd, PNOTA *entry)
                    : "Problema su contabilità analitica.";
 }
 
-} // namespace
-
-namespace {
+/// The code that stands in the archive: an entry without counterpart keeps the one typed before only on screen.
+long StoredCounterpart(const PNOTA &entry)
+{
+    return entry.pno_rel == kNoCounterpart ? 0 : entry.pno_cli_for;
+}
 
 /// Entries with the same register, counterpart and number in the year of the document.
 long CountDuplicates(SACommand *cmd, const PNOTA &entry)
@@ -77,7 +96,7 @@ long CountDuplicates(SACommand *cmd, const PNOTA &entry)
                     "SELECT COUNT(*) AS numrec FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf"
                     " AND pno_doc = :numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno");
     query.Param("reg").setAsLong(entry.pno_reg);
-    query.Param("codclf").setAsLong(entry.pno_cli_for);
+    query.Param("codclf").setAsLong(StoredCounterpart(entry));
     query.Param("numdoc").setAsString(Trimmed(entry.pno_doc));
     query.Param("anno").setAsLong(Year(entry.pno_data_doc));
     query.Execute();
@@ -108,8 +127,9 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTo
     if (is_new && entry->pno_data_doc != 0 &&
         !ConfirmDuplicate(FindDuplicateDocument(scope.get(), *entry, DuplicateYear::OfDocument)))
         return Refused({}, "Documento già registrato.");
-    if (!ClosedYearAccepted(scope.get(), *entry)) return Refused({}, "Esercizio chiuso.");
+    if (!ClosedYearsAccepted(scope.get(), *entry, is_new)) return Refused({}, "Esercizio chiuso.");
     if (const std::string fault = CostCentreFault(scope.get(), entry); !fault.empty()) {
+        BeepRefused();
         AfxMessageBox(fault, MB_OK | MB_ICONSTOP);
         return Refused({}, fault);
     }
@@ -142,7 +162,7 @@ long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by)
             : "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
               ":numdoc AND EXTRACT(YEAR FROM pno_data) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc");
     query.Param("reg").setAsLong(entry.pno_reg);
-    query.Param("codclf").setAsLong(entry.pno_cli_for);
+    query.Param("codclf").setAsLong(StoredCounterpart(entry));
     query.Param("numdoc").setAsString(number);
     query.Param("anno").setAsLong(Year(day));
     query.Execute();
@@ -158,9 +178,34 @@ bool ConfirmDuplicate(long registered_on)
                          MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
 }
 
-void DeleteEntry(SACommand *cmd, PNOTA *entry)
+bool DeleteEntry(SACommand *cmd, PNOTA *entry)
 {
-    sqlpno.SqlTransaction(cmd, kDelete, entry);
+    CommandScope scope(cmd);
+    const long stored_on = StoredDay(scope.get(), entry->pno_codice);
+    if (!ClosedYearAccepted(scope.get(), stored_on != 0 ? stored_on : entry->pno_data)) return false;
+    sqlpno.SqlTransaction(scope.get(), kDelete, entry);
+    return true;
+}
+
+void MarkEntry(SACommand *cmd, PNOTA *entry, long PNOTA::*mark, long value)
+{
+    CommandScope scope(cmd);
+    auto stored = std::make_unique<PNOTA>(*entry); // one that is gone is refused below
+    sqlpno.Search(scope.get(), entry->pno_codice, stored.get());
+    stored->pno_revisione = entry->pno_revisione;
+    (*stored).*mark = value;
+    sqlpno.SqlTransaction(scope.get(), kUpdate, stored.get());
+    entry->*mark = value;
+    entry->pno_revisione = stored->pno_revisione;
+}
+
+long CountAttachments(SACommand *cmd, long number)
+{
+    CommandScope scope(cmd);
+    SACommand query(scope->Connection(), "SELECT COUNT(*) AS numrec FROM admin.pnotaall WHERE pat_pno = :codice");
+    query.Param("codice").setAsLong(number);
+    query.Execute();
+    return query.FetchNext() ? query.Field("numrec").asLong() : 0;
 }
 
 bool OffersAttachments(SACommand *cmd, const PNOTA &entry)

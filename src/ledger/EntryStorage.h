@@ -36,9 +36,20 @@ long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by)
 /// Asks whether to store the document that was already registered on that day. True for a day of 0.
 bool ConfirmDuplicate(long registered_on);
 
-/// Deletes a stored entry with its rows, files and open instalments.
+/// Deletes a stored entry with its rows, files and open instalments; one of a closed year only after the question that
+/// storing it there asks. No transaction may be open.
+/// @return false when the answer was No, and then nothing is deleted
 /// @throws SAException when another station changed it, or instalments of it are paid
-void DeleteEntry(SACommand *cmd, PNOTA *entry);
+[[nodiscard]] bool DeleteEntry(SACommand *cmd, PNOTA *entry);
+
+/// Sets a mark of a stored entry (checked, exported to the accountant) or takes it back: at once, and apart from what
+/// is being changed in the record, which keeps it and gets the mark and the new revision.
+/// @param value  1 or 0
+/// @throws SAException when another station changed or deleted it
+void MarkEntry(SACommand *cmd, PNOTA *entry, long PNOTA::*mark, long value);
+
+/// How many files are attached to an entry.
+long CountAttachments(SACommand *cmd, long number);
 
 /// Whether the causale of a stored entry asks for attachments.
 bool OffersAttachments(SACommand *cmd, const PNOTA &entry);

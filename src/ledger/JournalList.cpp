@@ -114,23 +114,27 @@ const std::string &JournalLineJoins()
     return joins;
 }
 
+// By place, in the order of JournalLineColumns: a list of a whole year would look up a million and a half names.
 JournalLine ReadJournalLine(SACommand *query)
 {
+    int column = 0;
+    const auto next = [&]() -> SAField & { return query->Field(++column); };
     JournalLine line;
-    line.codice = query->Field("pno_codice").asLong();
-    line.data = FromSqlDate(query->Field("pno_data").asDateTime());
-    line.desc = query->Field("pno_desc").asStringView();
-    if (line.desc.empty()) line.desc = query->Field("pno_des_cau").asStringView();
-    line.data_doc = FromSqlDate(query->Field("pno_data_doc").asDateTime());
-    line.tot_doc = query->Field("pno_tot_doc").asDouble();
-    line.sez = query->Field("pno_sez").asLong();
-    line.cau = query->Field("pno_cau").asLong();
-    line.reg = query->Field("pno_reg").asLong();
-    line.rel = query->Field("pno_rel").asLong();
-    line.cli_for = query->Field("pno_cli_for").asLong();
-    line.doc = query->Field("pno_doc").asStringView();
-    line.dare = query->Field("pno_dare").asDouble();
-    line.avere = query->Field("pno_avere").asDouble();
-    line.clifor = query->Field("des_clifor").asStringView();
+    line.codice = next().asLong();
+    line.data = FromSqlDate(next().asDateTime());
+    line.desc = next().asStringView();
+    SAField &description_of_causale = next();
+    if (line.desc.empty()) line.desc = description_of_causale.asStringView();
+    line.data_doc = FromSqlDate(next().asDateTime());
+    line.tot_doc = next().asDouble();
+    line.sez = next().asLong();
+    line.cau = next().asLong();
+    line.reg = next().asLong();
+    line.rel = next().asLong();
+    line.cli_for = next().asLong();
+    line.doc = next().asStringView();
+    line.dare = next().asDouble();
+    line.avere = next().asDouble();
+    line.clifor = next().asStringView();
     return line;
 }

@@ -2,27 +2,18 @@
 
 #include "ledger/FiscalPrinterLog.h"
 #include "ledger/Renumbering.h"
-#include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvolumera/Company.h"
+#include "tarvolumera/DateFaults.h"
 #include "tarvolumera/SaExceptionDisplay.h"
 
-#include <algorithm>
 #include <fmt/printf.h>
 
 namespace {
 
-constexpr const char *kLogPath = "%-s\\out\\pnota.log";
-
-/// Paths in texts are written with the separator of the desks the books come from; here it is the system's own. The
-/// folder put in afterwards may contain any character.
-std::string WithFolder(std::string format)
-{
-    std::replace(format.begin(), format.end(), '\\', static_cast<char>(std::filesystem::path::preferred_separator));
-    return format;
-}
+constexpr const char *kLog = "pnota.log";
 
 const char *QuestionOf(MaintenanceBatch batch)
 {
@@ -38,27 +29,6 @@ const char *QuestionOf(MaintenanceBatch batch)
     }
     return "Vuoi Importare le fattura dai log Della Stampante Fiscale EPSON FP?";
 }
-
-/// What the date check finds, with the count that its last message names.
-class DateFaults {
-  public:
-    DateFaults(long first, long last) : first_(first), last_(last) {}
-
-    bool Outside(long day) const { return day < first_ || day > last_; }
-    bool OutsideIfSet(long day) const { return day != 0 && Outside(day); }
-    void Add(const std::string &line)
-    {
-        text_ += line;
-        ++count_;
-    }
-    long Count() const { return count_; }
-    const std::string &Log() const { return text_; }
-
-  private:
-    long first_, last_;
-    long count_ = 0;
-    std::string text_;
-};
 
 long DayOf(SACommand &query, const char *column)
 {
@@ -148,11 +118,7 @@ bool Step(const char *text, long number, const std::function<bool()> &work)
 
 bool OfferedDateCheck()
 {
-    const int year = static_cast<int>(lumera_db_impo.dit_anno);
-    const auto first = CurrentUserInterface().PickDate("Dalla data", DateToJulian(1, 1, year));
-    if (!first) return true;
-    const auto last = CurrentUserInterface().PickDate("Alla data", DateToJulian(31, 12, year));
-    if (last) CheckDate(*first, *last);
+    if (const auto period = PickDatePeriod()) CheckDate(period->first, period->last);
     return true;
 }
 
@@ -166,7 +132,7 @@ bool OfferedImport(SACommand *cmd)
     return import.refusal.empty();
 }
 
-bool RunOffered(MaintenanceBatch batch)
+bool RunOffered(MaintenanceBatch batch, long *followed)
 {
     bool done = false;
     const bool unit = RunUnit(LUMERA_TAG, [&](SACommand *cmd) {
@@ -176,7 +142,7 @@ bool RunOffered(MaintenanceBatch batch)
                 done = OfferedDateCheck();
                 break;
             case MaintenanceBatch::Renumber:
-                RenumberEntries(cmd);
+                RenumberEntries(cmd, followed);
                 done = true;
                 break;
             case MaintenanceBatch::Rewrite:
@@ -210,7 +176,7 @@ bool AskMaintenance(MaintenanceBatch batch)
 
 std::filesystem::path DateCheckLog()
 {
-    return fmt::sprintf(WithFolder(kLogPath), lumera_db_folder.string());
+    return DateFaults::LogFile(kLog);
 }
 
 long CheckDate(long first, long last)
@@ -218,7 +184,7 @@ long CheckDate(long first, long last)
     SAConnection connection;
     SACommand command;
     sqlpno.OpenConnection(&connection, &command, true);
-    DateFaults faults(first, last);
+    DateFaults faults({first, last});
     {
         CTarvoProgressDlg progress("Controllo Date Movimenti");
         progress.SetStatus("Controllo dati corso...");
@@ -228,12 +194,7 @@ long CheckDate(long first, long last)
         CheckRows(&command, &faults, &progress);
     }
     connection.Disconnect();
-    CompanyFolder("out");
-    WriteFileWhole(DateCheckLog(), faults.Log());
-    if (faults.Count() > 0)
-        AfxMessageBox(fmt::sprintf(WithFolder(" Trovati %ld errori!\n\nConsultare il file %-s\\out\\pnota.log"),
-                                   faults.Count(), lumera_db_folder.string()),
-                      MB_OK | MB_ICONEXCLAMATION);
+    faults.Conclude(kLog);
     return faults.Count();
 }
 
@@ -259,13 +220,16 @@ RewriteResult RewriteEntries(SACommand *cmd)
     return result;
 }
 
-void OfferMaintenance()
+bool OfferMaintenance(long *followed)
 {
-    if (lumera_db_impo.dit_manutenzione == 0) return;
-    bool all_done = true;
+    if (lumera_db_impo.dit_manutenzione == 0) return false;
+    bool all_done = true, any_ran = false;
     for (const MaintenanceBatch batch : {MaintenanceBatch::CheckDates, MaintenanceBatch::Renumber,
                                          MaintenanceBatch::Rewrite, MaintenanceBatch::ImportReceipts}) {
-        if (AskMaintenance(batch) && !RunOffered(batch)) all_done = false;
+        if (!AskMaintenance(batch)) continue;
+        any_ran = true;
+        if (!RunOffered(batch, followed)) all_done = false;
     }
     if (all_done) RunUnit(LUMERA_TAG, TakeWishBack);
+    return any_ran;
 }

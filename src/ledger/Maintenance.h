@@ -34,4 +34,6 @@ RewriteResult RewriteEntries(SACommand *cmd);
 
 /// Offers the batches in their order when the company asks for them, runs those that are wanted, then takes the wish
 /// back. It stays when one of them failed. Errors are shown.
-void OfferMaintenance();
+/// @param followed  number of an entry that the caller has open: gets its number after a renumbering; null = none
+/// @return true when a batch ran, so that what the caller shows of the journal may be out of date
+bool OfferMaintenance(long *followed = nullptr);

@@ -119,7 +119,7 @@ std::vector<NumberMove> PlanRenumbering(std::span<const long> numbers)
     return Places(numbers).Plan(numbers);
 }
 
-long RenumberEntries(SACommand *cmd)
+long RenumberEntries(SACommand *cmd, long *followed)
 {
     CTarvoProgressDlg progress;
     CommandScope scope(cmd);
@@ -145,6 +145,8 @@ long RenumberEntries(SACommand *cmd)
         progress.StepIt();
     }
     transaction.Commit();
+    const auto open = followed ? std::find(numbers.begin(), numbers.end(), *followed) : numbers.end();
+    if (open != numbers.end()) *followed = open - numbers.begin() + 1;
     return static_cast<long>(numbers.size()) -
            static_cast<long>(std::count_if(numbers.begin(), numbers.end(),
                                            [at = 0L](long number) mutable { return number == ++at; }));

@@ -19,5 +19,6 @@ std::vector<NumberMove> PlanRenumbering(std::span<const long> numbers);
 /// Numbers the entries from 1 by registration date and present number. Rows, cost centres, co-holders, receipts,
 /// attachments, images, instalments and received invoices follow their entry; protocols stay. All or nothing. Shows its
 /// progress.
+/// @param followed  number of an entry that the caller has open: gets the number it has now; null = none
 /// @return how many entries have another number now     @throws SAException, and then nothing has changed
-long RenumberEntries(SACommand *cmd);
+long RenumberEntries(SACommand *cmd, long *followed = nullptr);

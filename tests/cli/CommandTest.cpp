@@ -134,6 +134,18 @@ TEST_P(ExitCodeTest, WhatTheBooksRefuseEndsWithOneAndChangesNothing)
     EXPECT_EQ(Lumera({"archivio", "verifica"}).code, kExitRefused) << "an unbalanced entry is not forgotten";
 }
 
+TEST_P(ExitCodeTest, EntryOfAClosedYearIsNotDeletedUnasked)
+{
+    ASSERT_EQ(Store(PurchaseJson("1")).code, kExitDone);
+    Run("UPDATE admin.pnota1 SET pno_operazione = 1");
+    Run("UPDATE admin.pnotaro2 SET row_operazione = 1");
+    EXPECT_EQ(Lumera({"pnota", "elimina", "1"}).code, kExitRefused);
+    EXPECT_EQ(Count("pnota1"), "1");
+    const CommandRun run = Lumera({"--si", "pnota", "elimina", "1"});
+    EXPECT_EQ(run.code, kExitDone);
+    EXPECT_THAT(run.err, HasSubstr("esercizio con chiusura effettuata"));
+}
+
 TEST_P(ExitCodeTest, FilesThatCannotBeReadOrWrittenEndWithThree)
 {
     ASSERT_EQ(Lumera({"fatture", "importa", Samples() + "/IT02565617350_00A24.xml"}).code, kExitDone);

@@ -81,6 +81,27 @@ TEST_P(EntryJsonTest, WhatIsWrongIsNamedAndNothingIsStored)
     EXPECT_EQ(Count("scadenze"), "0");
 }
 
+TEST_P(EntryJsonTest, GivenSectionWinsOverThatOfTheCausale)
+{
+    Run("INSERT INTO admin.sezioni (sez_codice, sez_desc) SELECT 2, 'Filiale' WHERE NOT EXISTS"
+        " (SELECT 1 FROM admin.sezioni WHERE sez_codice = 2)");
+    Run("UPDATE admin.caucont1 SET cac_sez = 1 WHERE cac_codice = 21");
+    std::string document = PurchaseJson("9");
+    document.insert(1, R"("sez":2,)");
+    ASSERT_EQ(Store(document).code, kExitDone);
+    EXPECT_EQ(Value("SELECT pno_sez FROM admin.pnota1"), "2");
+}
+
+TEST_P(EntryJsonTest, SplitOfARowThatIsNotThereStopsTheEntry)
+{
+    std::string document = PurchaseJson("9");
+    document.insert(1, R"("centri":[{"riga":50,"cdc":10,"importo":100}],)");
+    const CommandRun run = Store(document);
+    EXPECT_EQ(run.code, kExitRefused);
+    EXPECT_THAT(run.err, HasSubstr("Problema su contabilità analitica."));
+    EXPECT_EQ(Count("pnota1"), "0");
+}
+
 TEST_P(EntryJsonTest, ElevenMegabytesAreRefusedUnread)
 {
     const CommandRun run = Store("{\"desc\":\"" + std::string(11'000'000, 'x') + "\"}");

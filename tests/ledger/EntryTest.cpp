@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+
 namespace {
 
 constexpr long kPurchaseCausale = 21, kCreditNoteCausale = 28, kReceiptCausale = 15, kReverseChargeCausale = 31,
@@ -111,6 +113,97 @@ TEST_P(EntryTest, DocumentNumberRenumbersOnlyTheRowsThatCarriedTheOldOne)
     EnterCausaleDescription(&entry, "Testo cambiato");
     EXPECT_EQ(entry.righe[0].row_descac, "Testo cambiato");
     EXPECT_NE(entry.righe[2].row_descac, "Testo cambiato");
+}
+
+TEST_P(EntryTest, RowsFollowTheirDocumentToItsNewDate)
+{
+    PNOTA entry = Purchase("45");
+    ASSERT_TRUE(Store(&entry).stored);
+    entry.righe[1].row_n_doc = "altro";
+    entry.righe[1].row_d_doc = DateToJulian(1, 2, 2026);
+    const long newer = DateToJulian(12, 3, 2026);
+    EnterDocumentDate(&entry, newer);
+    ASSERT_TRUE(StoreEntry(Cmd(), &entry, false).stored);
+    EXPECT_EQ(entry.righe[0].row_d_doc, newer);
+    EXPECT_EQ(entry.righe[1].row_d_doc, DateToJulian(1, 2, 2026)) << "another document";
+    EnterDocumentNumber(&entry, "46");
+    EnterDocumentDate(&entry, newer + 1);
+    ASSERT_TRUE(StoreEntry(Cmd(), &entry, false).stored);
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.pnotaro2 WHERE row_n_doc = '46' AND row_d_doc = '2026-03-13'"), "2");
+}
+
+TEST_P(EntryTest, AnotherCausaleTakesTheSplitOfTheOldRowsAway)
+{
+    PNOTA entry = Purchase("1");
+    entry.centri = {{0, 0, 3, 10, 100.00}};
+    EnterCausale(Cmd(), &entry, kReverseChargeCausale);
+    EXPECT_TRUE(entry.centri.empty());
+}
+
+struct OrderCase {
+    const char *name, *day;
+    long protocol; ///< of a protocol between those of 10 (1), 20 (2) and 25 March (5); 0 = the next free one
+    const char *words;
+};
+
+TEST_P(EntryTest, DateThatGoesBackwardsInItsRegisterIsSaid)
+{
+    for (const long day : {10L, 20L, 25L}) {
+        PNOTA entry = Purchase(std::to_string(day).c_str());
+        entry.pno_data = DateToJulian(static_cast<int>(day), 3, 2026);
+        if (day == 25) {
+            entry.pno_prot = 5;
+            entry.pno_prot_fisso = 1;
+        }
+        ASSERT_TRUE(Store(&entry).stored);
+    }
+    const std::string register_is = "Date non in ordine: il protocollo ";
+    for (const OrderCase &c :
+         {OrderCase{"Behind", "2026-03-24", 0, "5 del registro ACQUISTI è del 25/03/2026"},
+          OrderCase{"SameDay", "2026-03-25", 0, ""}, OrderCase{"Between", "2026-03-22", 3, ""},
+          OrderCase{"BeforeTheEarlier", "2026-03-19", 3, "2 del registro ACQUISTI è del 20/03/2026"},
+          OrderCase{"BehindTheLater", "2026-03-26", 3, "5 del registro ACQUISTI è del 25/03/2026"},
+          OrderCase{"OtherYear", "2025-03-01", 0, ""}}) {
+        SCOPED_TRACE(c.name);
+        PNOTA entry = Purchase("9");
+        entry.pno_data = *ParseDate(c.day);
+        EnterSection(Cmd(), &entry, entry.pno_sez);
+        if (c.protocol != 0) entry.pno_prot = c.protocol;
+        EXPECT_EQ(DescribeProtocolOrder(Cmd(), entry), *c.words ? register_is + c.words : "");
+    }
+    EXPECT_EQ(DescribeProtocolOrder(Cmd(), NewEntry(kTransferCausale, 0)), "") << "the journal has no protocols";
+}
+
+TEST_P(EntryTest, CopyKeepsWhatIsWrittenAndNotWhatHappened)
+{
+    PNOTA entry = Purchase("45");
+    entry.centri = {{0, 0, 3, 10, 100.00}};
+    entry.pno_desc = "affitto";
+    entry.pno_prot = 12;
+    entry.pno_prot_fisso = 1;
+    entry.pno_data_pag = entry.pno_data_doc;
+    entry.pno_verifica = entry.pno_trasf = 1;
+    entry.pno_operazione = kOpening;
+    entry.pno_agr = 7;
+    Run("INSERT INTO admin.aggregaz (agr_codice, agr_desc) VALUES (7, 'Gruppo')");
+    user_.Expect(
+        "Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle modifiche apportate "
+        "e segnalarle.");
+    ASSERT_TRUE(Store(&entry).stored);
+    const long day = DateToJulian(2, 4, 2026);
+    PNOTA copy = CopyAsNew(Cmd(), entry, day);
+    EXPECT_EQ(RowsOf(copy), RowsOf(entry));
+    EXPECT_EQ(copy.pno_desc.str(), "affitto");
+    user_.Expect(kDuplicate, IDYES);
+    ASSERT_TRUE(Store(&copy).stored);
+    EXPECT_EQ(copy.pno_codice, entry.pno_codice + 1);
+    EXPECT_EQ(copy.pno_prot, 13);
+    EXPECT_EQ(copy.pno_data, day);
+    EXPECT_EQ(copy.centri.size(), 1u);
+    EXPECT_EQ(copy.pno_prot_fisso + copy.pno_verifica + copy.pno_trasf + copy.pno_operazione + copy.pno_agr +
+                  copy.pno_data_pag,
+              0);
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.pnotaro2 WHERE row_codice = 2 AND row_operazione <> 0"), "0");
 }
 
 TEST_P(EntryTest, TermsSetTheStartDateWhereTheyStartFromTheDocument)
@@ -331,6 +424,14 @@ TEST_P(EntryTest, DuplicateDocumentOfTheSameYearIsAsked)
     PNOTA other_year = Purchase("A/1");
     other_year.pno_data_doc = DateToJulian(10, 3, 2025);
     EXPECT_TRUE(Store(&other_year).stored) << "the year of the document counts";
+    PNOTA nobodys = NewEntry(kTransferCausale, 0);
+    nobodys.pno_doc = "9";
+    nobodys.pno_data_doc = nobodys.pno_data;
+    ASSERT_TRUE(Store(&nobodys).stored);
+    PNOTA nobodys_again = nobodys;
+    nobodys_again.pno_cli_for = 1; // typed for another causale before
+    user_.Expect(kDuplicate, IDNO);
+    EXPECT_FALSE(Store(&nobodys_again).stored) << "stored without counterpart, it is the same document";
     PNOTA undated = Purchase("A/1");
     undated.pno_data_doc = 0;
     EXPECT_TRUE(Store(&undated).stored) << "an entry without document date is not checked";
@@ -353,8 +454,25 @@ TEST_P(EntryTest, ClosedYearAndExportedEntry)
     user_.Expect(closed, IDYES);
     EXPECT_TRUE(Store(&late).stored);
 
+    user_.Expect(closed, IDNO);
+    EXPECT_FALSE(DeleteEntry(Cmd(), &late)) << "as much a change of the closed year";
+    EXPECT_EQ(Entries(), "3");
+    user_.Expect(closed, IDYES);
+    EXPECT_TRUE(DeleteEntry(Cmd(), &late));
+
+    lumera_db_impo.dit_fuori_anno = 1;
+    PNOTA moved = entry;
+    moved.pno_data = DateToJulian(2, 1, 2027);
+    user_.Expect("Data esterna all' esercizio corrente !\n\nVuoi Continuare ?", IDYES);
+    user_.Expect(closed, IDNO);
+    EXPECT_FALSE(StoreEntry(Cmd(), &moved, false).stored) << "so is moving an entry out of it";
+    lumera_db_impo.dit_fuori_anno = 0;
+
     sqlpno.SqlTransaction(Cmd(), kDelete, &closing);
-    entry.pno_trasf = 1;
+    PNOTA theirs = entry;
+    MarkEntry(Cmd(), &entry, &PNOTA::pno_trasf, 1);
+    EXPECT_EQ(Value("SELECT pno_trasf FROM admin.pnota1 WHERE pno_codice = 1"), "1");
+    EXPECT_THROW(MarkEntry(Cmd(), &theirs, &PNOTA::pno_verifica, 1), SAException) << "of another revision";
     user_.Expect(
         "Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle modifiche apportate e "
         "segnalarle.");
@@ -403,7 +521,7 @@ TEST_P(EntryTest, AnotherStationWasQuicker)
     } catch (const SAException &error) {
         EXPECT_EQ(error.Fault(), SAFault::Changed);
     }
-    EXPECT_THROW(DeleteEntry(Cmd(), &mine), SAException);
+    EXPECT_THROW(std::ignore = DeleteEntry(Cmd(), &mine), SAException);
     EXPECT_EQ(Value("SELECT pno_desc FROM admin.pnota1"), "loro");
 }
 
@@ -418,10 +536,10 @@ TEST_P(EntryTest, DeletingTakesOpenInstalmentsAndRefusesPaidOnes)
     instalment.sca_pno = entry.pno_codice;
     sqlsca.SqlTransaction(Cmd(), kInsert, &instalment);
     Run("UPDATE admin.scadenze SET sca_pagato = 1");
-    EXPECT_THROW(DeleteEntry(Cmd(), &entry), SAException);
+    EXPECT_THROW(std::ignore = DeleteEntry(Cmd(), &entry), SAException);
     EXPECT_EQ(Entries(), "1");
     Run("UPDATE admin.scadenze SET sca_pagato = 0");
-    DeleteEntry(Cmd(), &entry);
+    EXPECT_TRUE(DeleteEntry(Cmd(), &entry));
     EXPECT_EQ(Entries(), "0");
     EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.scadenze"), "0");
     EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.pnotaro2"), "0");

@@ -180,7 +180,9 @@ TEST_P(MaintenanceTest, StationWithAnEntryOpenCannotStoreItOverTheOneThatHasItsN
     Store(10, 2, "early");
     PNOTA open;
     ASSERT_TRUE(sqlpno.Search(Cmd(), late, &open));
-    RenumberEntries(Cmd());
+    long followed = late;
+    RenumberEntries(Cmd(), &followed);
+    EXPECT_EQ(followed, 2);
     EXPECT_THROW(sqlpno.SqlTransaction(Cmd(), kUpdate, &open), SAException);
     EXPECT_EQ(Value("SELECT pno_doc FROM admin.pnota1 WHERE pno_codice = 1"), "early");
 }

@@ -2,6 +2,7 @@
 
 #include "ledger/ui/PNotaCerca.h"
 #include "tarvodlg/base/Dates.h"
+#include "tarvodlg/print/Crystal.h"
 #include "tarvodlg/widgets/Field.h"
 #include "tarvodlg/widgets/SpreadSheet.h"
 #include "tests/support/TestArchive.h"
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QScrollBar>
 #include <QTest>
 #include <gmock/gmock.h>
 
@@ -117,6 +119,17 @@ class GestionePrimaNotaTest : public ArchiveTest {
         return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) { return label->text() == text; });
     }
 };
+
+TEST_P(GestionePrimaNotaTest, AllColumnsFitASmallScreen)
+{
+    Store("15/03/2026", 1, "45");
+    CGestionePrimaNota list(nullptr);
+    OpenList(&list);
+    list.resize(1254, 660);
+    keys::Settle();
+    EXPECT_EQ(Grid(list)->horizontalScrollBar()->maximum(), 0);
+    EXPECT_EQ(Grid(list)->Text(1, 13), "10,00");
+}
 
 TEST_P(GestionePrimaNotaTest, ListsNewestFirstWithTheColourOfTheCounterpart)
 {
@@ -293,6 +306,77 @@ TEST_P(GestionePrimaNotaTest, FailedReloadKeepsTheList)
     ASSERT_EQ(user_.shown.size(), 1u);
     user_ = ScriptedUserInterface(); // the engines word it each their own way
     Run("ALTER TABLE admin.pnota1 RENAME COLUMN pno_via TO pno_dare");
+}
+
+/// A preview that nobody looks at: what it was asked to show.
+class PrintedTo : public ReportPresenter {
+  public:
+    PrintedTo() : before_(SetReportPresenter(this)) {}
+    ~PrintedTo() override { SetReportPresenter(before_); }
+
+    void Preview(const ReportRequest &request, const std::filesystem::path &file) override
+    {
+        requests.push_back(request);
+        pdf_bytes = static_cast<long>(std::filesystem::file_size(file));
+    }
+    bool Print(const std::string &, const std::filesystem::path &, bool) override { return false; }
+
+    std::vector<ReportRequest> requests;
+    long pdf_bytes = 0;
+
+  private:
+    ReportPresenter *before_;
+};
+
+TEST_P(GestionePrimaNotaTest, PrintsWhatTheFilterSelects)
+{
+    Store("2026-01-10", 1, "A/1");
+    Store("2026-02-01", 0);
+    Store("2026-03-01", 1, "A/2");
+    CGestionePrimaNota list(nullptr);
+    OpenList(&list);
+    PrintedTo printed;
+    keys::Press(Qt::Key_F9);
+    ASSERT_EQ(printed.requests.size(), 1u);
+    EXPECT_EQ(printed.requests[0].title, "Movimenti Prima Nota");
+    EXPECT_EQ(printed.requests[0].selection,
+              "{pnota.pno_codice} in 1 to 3 AND {pnota.pno_data} in Date(2026,1,10) to Date(2026,3,1)");
+    EXPECT_GT(printed.pdf_bytes, 1000);
+
+    TypeInto(list, "Dal numero", "2");
+    TypeInto(list, "alla data", "3112");
+    TypeInto(list, "Sezione IVA", "1");
+    TypeInto(list, "Causale", "21");
+    keys::Press(Qt::Key_F9);
+    ASSERT_EQ(printed.requests.size(), 2u);
+    EXPECT_EQ(printed.requests[1].selection,
+              "{pnota.pno_codice} in 2 to 3 AND {pnota.pno_data} in Date(2026,1,10) to Date(2026,12,31)"
+              " AND {pnota.pno_sez} = 1 AND {pnota.pno_cau} = 21");
+    const auto parameter = [&](std::size_t print, const char *name) {
+        return std::get<std::string>(printed.requests[print].parameters.at(name));
+    };
+    EXPECT_EQ(parameter(0, "Sezione"), "Sezione : TUTTE");
+    EXPECT_EQ(parameter(0, "Causale"), "Causale : TUTTE");
+    EXPECT_EQ(parameter(1, "Sezione"),
+              "Sezione : 1 " + Value("SELECT sez_desc FROM admin.sezioni WHERE sez_codice = 1"));
+    EXPECT_EQ(parameter(1, "Causale"),
+              "Causale : 21 " + Value("SELECT cac_desc FROM admin.caucont1 WHERE cac_codice = 21"));
+    EXPECT_EQ(parameter(1, "Ditta"), "Ditta : " + Value("SELECT dit_codice FROM admin.ditte") + " " +
+                                         Value("SELECT dit_desc FROM admin.ditte"));
+}
+
+TEST_P(GestionePrimaNotaTest, LowerWindowKeepsTheSelectedEntryInSight)
+{
+    for (int i = 0; i < 30; ++i) Store("2026-01-10");
+    CGestionePrimaNota list(nullptr);
+    OpenList(&list);
+    list.resize(list.width(), 2000);
+    keys::Settle();
+    Grid(list)->SetActiveCell(30, 1);
+    list.resize(list.width(), list.minimumHeight());
+    keys::Settle();
+    const QRect cell = Grid(list)->visualRect(Grid(list)->currentIndex());
+    EXPECT_TRUE(Grid(list)->viewport()->rect().contains(cell.center()));
 }
 
 TEST_P(GestionePrimaNotaTest, EmptyJournal)

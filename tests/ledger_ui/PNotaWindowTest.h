@@ -1,10 +1,13 @@
 #pragma once
 
 #include "ledger/ui/PNota.h"
+#include "schedule/ui/GenScadenze.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/widgets/Fields.h"
 #include "tarvodlg/widgets/SpreadSheet.h"
 #include "tests/tables_ui/TablesWindowTest.h"
+
+#include <QTimer>
 
 /// The entry editor over the demo company, on 15 March 2026, driven by keys which are counted.
 class PNotaWindowTest : public TablesWindowTest {
@@ -27,10 +30,25 @@ class PNotaWindowTest : public TablesWindowTest {
         keys_ += static_cast<int>(text.size());
         keys::Type(text);
     }
+    /// A schedule generator that the key opens is accepted as it proposes; that key is counted too.
     void Press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
         ++keys_;
+        QWidget *const window = QApplication::activeWindow();
+        bool is_accepted = false;
+        QTimer watch;
+        QObject::connect(&watch, &QTimer::timeout, &watch, [&] {
+            auto *generator = dynamic_cast<CGenScadenze *>(QApplication::activeModalWidget());
+            if (!generator || is_accepted) return;
+            is_accepted = true;
+            ++keys_;
+            QApplication::setActiveWindow(generator);
+            keys::Settle();
+            keys::Press(Qt::Key_Return);
+        });
+        watch.start(5);
         keys::Press(key, modifiers);
+        if (is_accepted) ComeBack(window);
     }
     void Enter(const QString &text = {})
     {
@@ -56,6 +74,22 @@ class PNotaWindowTest : public TablesWindowTest {
         if (editor.m_pnota.iva[0].iva == 0) Enter("22");
         Press(Qt::Key_F2);
         EXPECT_TRUE(editor.m_saved);
+    }
+
+    /// Opens an entry of the archive in the editor.
+    static void OpenOn(CPNota *editor, long number)
+    {
+        ASSERT_TRUE(sqlpno.Search(nullptr, number, &editor->m_pnota));
+        editor->m_open = true;
+        keys::Open(editor);
+    }
+    /// The first of the texts shown, which only its beginning has in common on the two engines; the script begins anew.
+    std::string TakeShown()
+    {
+        const std::string shown = user_.shown.empty() ? "(niente)" : user_.shown.front();
+        EXPECT_EQ(user_.shown.size(), 1u);
+        user_ = ScriptedUserInterface();
+        return shown;
     }
 
     static CSpreadSheet *Grid(const CPNota &editor, const std::string &name)

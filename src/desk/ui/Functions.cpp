@@ -3,6 +3,14 @@
 #include "desk/ui/ArchiveFunctions.h"
 #include "desk/ui/Opening.h"
 #include "desk/ui/StampaPrimaNota.h"
+#include "ledger/ui/GestionePrimaNota.h"
+#include "ledger/ui/PNota.h"
+#include "schedule/ui/CruscottoScadenze.h"
+#include "schedule/ui/EstrattiContoScadenze.h"
+#include "schedule/ui/GestioneScadenze.h"
+#include "schedule/ui/ImpScadenzeExcel.h"
+#include "schedule/ui/ScadenzeSt.h"
+#include "schedule/ui/ScadenzeTotali.h"
 #include "tables/ChartPrint.h"
 #include "tables/ui/Agenti.h"
 #include "tables/ui/Azienda.h"
@@ -15,6 +23,7 @@
 #include "tables/ui/Pagamenti.h"
 #include "tables/ui/PianoContiEd.h"
 #include "tables/ui/Sezioni.h"
+#include "tarvolumera/Counterparts.h"
 
 #include <QStringList>
 
@@ -30,12 +39,51 @@ void Open(QWidget *parent)
 void AddLedger(std::vector<DeskFunction> *functions)
 {
     const QString area = QStringLiteral("Contabilità");
+    functions->push_back({area, QStringLiteral("Prima nota"), QStringLiteral("contabilita"),
+                          QStringLiteral("Ctrl+Shift+P"), Open<CGestionePrimaNota>,
+                          QStringLiteral("L'elenco dei movimenti: si sfogliano, si cercano, si modificano")});
+    functions->push_back({area, QStringLiteral("Nuovo movimento"), QStringLiteral("nuovo"), QStringLiteral("Ctrl+M"),
+                          [](QWidget *parent) { CPNota(nullptr, parent).DoModal(); },
+                          QStringLiteral("Registra fatture, incassi, pagamenti e ogni altra scrittura")});
     functions->push_back({area, QStringLiteral("Stampa movimenti di prima nota"), QStringLiteral("stampa"),
                           QStringLiteral("Ctrl+P"), Open<CStampaPrimaNota>,
                           QStringLiteral("L'elenco dei movimenti per data, numero, sezione o causale, con i totali")});
     functions->push_back({area, QStringLiteral("Stampa piano dei conti"), QStringLiteral("conti"),
                           QStringLiteral("Ctrl+Shift+T"), [](QWidget *) { PrintChartOfAccounts(); },
                           QStringLiteral("Mastri, conti e sottoconti")});
+}
+
+void AddSchedule(std::vector<DeskFunction> *functions)
+{
+    const QString area = QStringLiteral("Scadenze");
+    const auto list_of = [](long side) {
+        return [side](QWidget *parent) {
+            CGestioneScadenze list(parent);
+            list.m_relaz = static_cast<short>(side);
+            list.DoModal();
+        };
+    };
+    functions->push_back({area, QStringLiteral("Scadenze clienti"), QStringLiteral("clienti"),
+                          QStringLiteral("Ctrl+Shift+L"), list_of(kCustomer),
+                          QStringLiteral("Che cosa c'è da incassare: elenco per data, totali, modifica, stampa")});
+    functions->push_back({area, QStringLiteral("Scadenze fornitori"), QStringLiteral("fornitori"),
+                          QStringLiteral("Ctrl+Shift+R"), list_of(kSupplier),
+                          QStringLiteral("Che cosa c'è da pagare: elenco per data, totali, modifica, stampa")});
+    functions->push_back({area, QStringLiteral("Scadenzario"), QStringLiteral("calendario"),
+                          QStringLiteral("Ctrl+Shift+Z"), Open<CScadenzeSt>,
+                          QStringLiteral("Incassi e pagamenti per settimana o per mese, con il saldo progressivo")});
+    functions->push_back({area, QStringLiteral("Cruscotto scadenze"), QStringLiteral("cruscotto"),
+                          QStringLiteral("Ctrl+Shift+H"), Open<CCruscottoScadenze>,
+                          QStringLiteral("Incassi e pagamenti attesi mese per mese in un grafico, chi è in ritardo")});
+    functions->push_back({area, QStringLiteral("Anzianità dei saldi"), QStringLiteral("anzianita"),
+                          QStringLiteral("Ctrl+Shift+O"), Open<CScadenzeTotali>,
+                          QStringLiteral("Chi deve che cosa e da quanto: scaduto a 30, 60, 90, 120 giorni e oltre")});
+    functions->push_back({area, QStringLiteral("Estratti conto scadenze"), QStringLiteral("estratto-conto"),
+                          QStringLiteral("Ctrl+Shift+X"), Open<CEstrattiContoScadenze>,
+                          QStringLiteral("Le scadenze di un cliente o di un fornitore, con la lettera da spedire")});
+    functions->push_back({area, QStringLiteral("Importa saldi iniziali da Excel..."), QStringLiteral("excel"),
+                          QStringLiteral("Ctrl+Shift+J"), [](QWidget *) { ImpScadenzeExcel(); },
+                          QStringLiteral("I saldi aperti di clienti e fornitori del programma precedente")});
 }
 
 void AddTables(std::vector<DeskFunction> *functions)
@@ -107,6 +155,7 @@ std::vector<DeskFunction> DeskFunctions()
 {
     std::vector<DeskFunction> functions;
     AddLedger(&functions);
+    AddSchedule(&functions);
     AddTables(&functions);
     AddArchive(&functions);
     return functions;

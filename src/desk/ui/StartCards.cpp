@@ -39,6 +39,7 @@ void Colour(QLabel *label, const QColor &colour)
     QPalette palette = label->palette();
     palette.setColor(QPalette::WindowText, colour);
     palette.setColor(QPalette::Text, colour);
+    palette.setColor(QPalette::Link, colour); // of one that leads somewhere
     label->setPalette(palette);
 }
 
@@ -84,9 +85,10 @@ class Card : public QFrame {
         if (colour.isValid()) Colour(label, colour);
         lines_->addWidget(label, row_++, 0, 1, 4);
     }
-    void AddHeading(const QString &text, const QString &sum, const QColor &colour = {})
+    void AddHeading(const QString &text, const QString &sum, const QColor &colour = {}, std::function<void()> open = {})
     {
         auto *label = new CElidedLabel(text), *amount = new CElidedLabel(sum);
+        if (open) label->LeadTo(std::move(open));
         amount->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         for (QLabel *each : {static_cast<QLabel *>(label), static_cast<QLabel *>(amount)})
             if (colour.isValid()) Colour(each, colour);
@@ -95,10 +97,13 @@ class Card : public QFrame {
         lines_->addWidget(amount, row_++, 2, 1, 2);
     }
     /// When, who, which document, how much.
-    void AddLine(const QString &when, const std::string &who, const std::string &document, const QString &amount)
+    void AddLine(const QString &when, const std::string &who, const std::string &document, const QString &amount,
+                 std::function<void()> open = {})
     {
         lines_->addWidget(QuietLabel(when), row_, 0);
-        lines_->addWidget(new CElidedLabel(ToQt(who)), row_, 1);
+        auto *name = new CElidedLabel(ToQt(who));
+        if (open) name->LeadTo(std::move(open));
+        lines_->addWidget(name, row_, 1);
         auto *number = new CElidedLabel(ToQt(document));
         Colour(number, QuietColour(palette()));
         lines_->addWidget(number, row_, 2);
@@ -116,14 +121,16 @@ class Card : public QFrame {
     int row_ = 0;
 };
 
-void AddGroup(Card *card, const QString &words, const WaitingInstalments &group, const QColor &colour)
+void AddGroup(Card *card, const QString &words, const WaitingInstalments &group, const QColor &colour,
+              const InstalmentActions &actions)
 {
     if (group.count == 0) return;
-    card->AddHeading(Counted(group.count, "scadenza", "scadenze") + QLatin1Char(' ') + words, Euro(group.cents),
-                     colour);
+    card->AddHeading(Counted(group.count, "scadenza", "scadenze") + QLatin1Char(' ') + words, Euro(group.cents), colour,
+                     actions.list);
     for (const WaitingInstalment &instalment : group.first)
         card->AddLine(ToQt(FormatDate(instalment.due_day)), instalment.name, instalment.invoice,
-                      ToQt(FormatAmount(FromCents(instalment.cents))));
+                      ToQt(FormatAmount(FromCents(instalment.cents))),
+                      [open = actions.open, number = instalment.number] { open(number); });
     card->AddMore(group.count - static_cast<long>(group.first.size()));
 }
 
@@ -149,7 +156,7 @@ QWidget *InvoicesCard(const Waiting &waiting)
     return card;
 }
 
-QWidget *InstalmentsCard(const Waiting &waiting, long side)
+QWidget *InstalmentsCard(const Waiting &waiting, long side, const InstalmentActions &actions)
 {
     const bool customers = side == kCustomer;
     const WaitingInstalments &overdue = waiting.overdue[side], &soon = waiting.due_soon[side];
@@ -160,12 +167,12 @@ QWidget *InstalmentsCard(const Waiting &waiting, long side)
         card->AddText(QStringLiteral("Nessuna scadenza aperta fino a sette giorni da oggi."),
                       QuietColour(card->palette()));
     AddGroup(card, overdue.count == 1 ? QStringLiteral("già scaduta") : QStringLiteral("già scadute"), overdue,
-             AlarmColour());
-    AddGroup(card, QStringLiteral("entro sette giorni"), soon, {});
+             AlarmColour(), actions);
+    AddGroup(card, QStringLiteral("entro sette giorni"), soon, {}, actions);
     return card;
 }
 
-QWidget *UnbalancedCard(const Waiting &waiting)
+QWidget *UnbalancedCard(const Waiting &waiting, const std::function<void(long)> &open)
 {
     auto *card = new Card(QStringLiteral("avviso"), QStringLiteral("Movimenti squadrati"),
                           waiting.unbalanced == 0 ? QString() : QString::number(waiting.unbalanced));
@@ -175,7 +182,8 @@ QWidget *UnbalancedCard(const Waiting &waiting)
     for (const UnbalancedEntry &entry : waiting.unbalanced_entries)
         card->AddLine(ToQt(FormatDate(entry.day)), fmt::format("{}  {}", entry.number, entry.text), {},
                       QStringLiteral("differenza ") +
-                          ToQt(FormatAmount(FromCents(entry.debit_cents - entry.credit_cents))));
+                          ToQt(FormatAmount(FromCents(entry.debit_cents - entry.credit_cents))),
+                      [open, number = entry.number] { open(number); });
     if (const long more = waiting.unbalanced - static_cast<long>(waiting.unbalanced_entries.size()); more > 0)
         card->AddText(QStringLiteral("… e altri %1").arg(more), QuietColour(card->palette()));
     return card;

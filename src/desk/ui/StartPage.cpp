@@ -1,7 +1,12 @@
 #include "desk/ui/StartPage.h"
 
+#include "desk/ui/Guarded.h"
 #include "desk/ui/StartCards.h"
-#include "tarvodlg/base/UserInterface.h"
+#include "ledger/ui/GestionePrimaNota.h"
+#include "schedule/ScheduleList.h"
+#include "schedule/ui/GestioneScadenze.h"
+#include "schedule/ui/Scadenze.h"
+#include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/widgets/Field.h"
 #include "tarvodlg/widgets/FormBuilder.h"
 #include "tarvolumera/SaExceptionDisplay.h"
@@ -78,9 +83,39 @@ void CStartPage::Show(const Waiting &waiting)
     grid_->setSpacing(fontMetrics().height());
     column->addLayout(grid_);
     column->addStretch(1);
-    cards_ = {InvoicesCard(waiting), InstalmentsCard(waiting, kCustomer), InstalmentsCard(waiting, kSupplier),
-              UnbalancedCard(waiting)};
+    cards_ = {InvoicesCard(waiting), Instalments(waiting, kCustomer), Instalments(waiting, kSupplier),
+              UnbalancedCard(waiting, [this](long number) { OpenEntry(number); })};
     Arrange();
+}
+
+void CStartPage::OpenEntry(long number)
+{
+    RunAndRefresh([number] { EditPNota(number); });
+}
+
+QWidget *CStartPage::Instalments(const Waiting &waiting, long side)
+{
+    InstalmentActions actions;
+    actions.open = [this, side](long number) {
+        RunAndRefresh([side, number] { EditScadenza(static_cast<short>(side), number); });
+    };
+    actions.list = [this, side] {
+        RunAndRefresh([this, side] {
+            CGestioneScadenze list(window());
+            list.m_relaz = static_cast<short>(side);
+            list.m_stato = kOpenInstalments;
+            list.DoModal();
+        });
+    };
+    return InstalmentsCard(waiting, side, actions);
+}
+
+/// What the user did there may have changed what waits.
+void CStartPage::RunAndRefresh(const std::function<void()> &work)
+{
+    RunGuarded(LUMERA_TAG, work);
+    Refresh(true);
+    setFocus();
 }
 
 void CStartPage::ShowFault(const QString &text)

@@ -24,6 +24,9 @@ class CStartPage : public QScrollArea {
   private:
     void Show(const Waiting &waiting);
     void ShowFault(const QString &text);
+    void OpenEntry(long number);
+    QWidget *Instalments(const Waiting &waiting, long side); ///< the card
+    void RunAndRefresh(const std::function<void()> &work);
     QVBoxLayout *NewContent();
     void Arrange();
 

@@ -112,7 +112,9 @@ bool CCointestatari::OnLeaveCellSpread(long row, long column)
     const long code = grid_->Long(row, kCode);
     if (column == kCode && code != 0 && grid_->Text(row, kKind).empty()) grid_->SetText(row, kKind, kCustomerWord);
     ShowName(row);
-    return column == kKind || code == 0 || !grid_->Text(row, kName).empty();
+    const bool is_good = column == kKind || code == 0 || !grid_->Text(row, kName).empty();
+    SetStatus(is_good ? QString() : QStringLiteral("Non c'è nessuno con questo codice: F4 apre l'elenco"));
+    return is_good;
 }
 
 void CCointestatari::OnDblClickSpread(long row, long column)

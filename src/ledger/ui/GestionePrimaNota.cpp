@@ -14,7 +14,9 @@
 #include "tarvolumera/SaExceptionDisplay.h"
 
 #include <QApplication>
+#include <QHeaderView>
 #include <QLocale>
+#include <QScrollBar>
 #include <QTimer>
 #include <fmt/printf.h>
 
@@ -43,13 +45,18 @@ enum Column : long {
     kAvere
 };
 
-QColor ColourOf(long rel)
-{
-    if (rel == kNoCounterpart) return Readable(QColor(0, 128, 0));
-    return rel == kSupplier ? Readable(QColor(192, 0, 0)) : QColor();
-}
+/// Of the rows, made once for a whole list: what is readable depends on the theme and takes its time.
+struct LineColours {
+    QColor supplier = Readable(QColor(192, 0, 0)), none = Readable(QColor(0, 128, 0)), customer{};
 
-void ShowLine(CSpreadSheet *grid, long row, const JournalLine &line)
+    const QColor &Of(long rel) const
+    {
+        if (rel == kNoCounterpart) return none;
+        return rel == kSupplier ? supplier : customer;
+    }
+};
+
+void ShowLine(CSpreadSheet *grid, long row, const JournalLine &line, const LineColours &colours = {})
 {
     grid->SetRowData(row, line.codice);
     grid->SetLong(row, kNumber, line.codice);
@@ -66,7 +73,7 @@ void ShowLine(CSpreadSheet *grid, long row, const JournalLine &line)
     grid->SetText(row, kDocument, line.doc);
     grid->SetNumber(row, kDare, line.dare);
     grid->SetNumber(row, kAvere, line.avere);
-    grid->SetRowColor(row, ColourOf(line.rel));
+    grid->SetRowColor(row, colours.Of(line.rel));
 }
 
 /// Everything before anything is shown: a list that could not be read to its end must not stand there as whole.
@@ -107,7 +114,7 @@ CGestionePrimaNota::CGestionePrimaNota(CWnd *parent) : CTarvoRecordBrowseDialog(
     BuildFilters();
     BuildGrid();
     AddCommands();
-    setMinimumSize(CharactersWide(this, 80), fontMetrics().lineSpacing() * 20);
+    OnGetMinMaxInfo();
     list_->timer = new QTimer(this);
     connect(list_->timer, &QTimer::timeout, this, [this] { OnTimer(); });
 }
@@ -149,14 +156,16 @@ void CGestionePrimaNota::BuildGrid()
         made.locked = true;
         return made;
     };
+    // All of them fit into 1280 points; on a wider screen the texts take what is left.
     std::vector<CSpreadSheet::Column> columns = {
-        column("Numero", Type::Code, 8),         column("Data", Type::Date, 11),
-        column("Descrizione", Type::Text, 30),   column("Data doc.", Type::Date, 11),
-        column("Totale doc.", Type::Amount, 14), column("Sez.", Type::Code, 5),
-        column("Caus.", Type::Code, 6),          column("Registro", Type::Text, 24),
-        column("Intestatario", Type::Text, 30),  column("C/F", Type::Text, 4),
-        column("Codice", Type::Code, 8),         column("N. documento", Type::Text, 15),
-        column("Dare", Type::Amount, 14),        column("Avere", Type::Amount, 14)};
+        column("Numero", Type::Code, 6),         column("Data", Type::Date, 10),
+        column("Descrizione", Type::Text, 14),   column("Data doc.", Type::Date, 10),
+        column("Totale doc.", Type::Amount, 11), column("Sez.", Type::Code, 4),
+        column("Caus.", Type::Code, 5),          column("Registro", Type::Text, 13),
+        column("Intestatario", Type::Text, 18),  column("C/F", Type::Text, 3),
+        column("Codice", Type::Code, 6),         column("N. doc.", Type::Text, 9),
+        column("Dare", Type::Amount, 12),        column("Avere", Type::Amount, 12)};
+    columns[kDescription - 1].stretch = columns[kRegister - 1].stretch = columns[kName - 1].stretch = true;
     columns[kDare - 1].sum = columns[kAvere - 1].sum = true;
     Spread()->SetColumns(std::move(columns));
     Spread()->ShowSums(true);
@@ -200,10 +209,35 @@ bool CGestionePrimaNota::OnInitDialog()
     return true;
 }
 
+void CGestionePrimaNota::OnGetMinMaxInfo()
+{
+    setMinimumSize(CharactersWide(this, 80), fontMetrics().lineSpacing() * 20);
+}
+
+/// The layout gives the list the room of the window; in a lower one the selected entry must not get out of sight.
+void CGestionePrimaNota::OnSize()
+{
+    Spread()->scrollTo(Spread()->currentIndex());
+}
+
+void CGestionePrimaNota::resizeEvent(QResizeEvent *event)
+{
+    CTarvoRecordBrowseDialog::resizeEvent(event);
+    OnSize();
+}
+
 void CGestionePrimaNota::OnTimer()
 {
     list_->timer->stop();
     LoadTable(nullptr, true);
+}
+
+QSize CGestionePrimaNota::sizeHint() const
+{
+    const CSpreadSheet *grid = Spread();
+    const int around = CTarvoRecordBrowseDialog::sizeHint().width() - grid->sizeHint().width();
+    const int inside = grid->verticalScrollBar()->sizeHint().width() + 2 * grid->frameWidth();
+    return {grid->horizontalHeader()->length() + inside + around, fontMetrics().height() * 48};
 }
 
 void CGestionePrimaNota::OnCancel()
@@ -233,9 +267,10 @@ void CGestionePrimaNota::LoadTable(SACommand *cmd, bool progress)
         const long selected = Selected();
         {
             const SpreadUpdate update(Spread());
+            const LineColours colours;
             Spread()->SetRowCount(static_cast<long>(lines.size()));
             long row = 0;
-            for (const JournalLine &line : lines) ShowLine(Spread(), ++row, line);
+            for (const JournalLine &line : lines) ShowLine(Spread(), ++row, line, colours);
         }
         Select(selected);
         ShowCount();

@@ -21,6 +21,7 @@ class CGestionePrimaNota : public CTarvoRecordBrowseDialog {
     void DeleteRow(long row);
     /// True when the entry passes the current filter.
     bool TestFilter(const PNOTA *entry) const;
+    QSize sizeHint() const override; ///< all columns, and as many rows as a screen has
     /// The row of an entry, 0 = not listed. Editors browse and users sort, so that a row remembered may be another's.
     long RowOf(long code) const;
 
@@ -39,6 +40,7 @@ class CGestionePrimaNota : public CTarvoRecordBrowseDialog {
     bool OnInitDialog() override;
     void OnCancel() override;
     void SetField() override;
+    void resizeEvent(QResizeEvent *event) override;
 
   private:
     struct List;
@@ -56,6 +58,8 @@ class CGestionePrimaNota : public CTarvoRecordBrowseDialog {
     void OnDblClickCodSez();
     void OnDblClickCodCac();
     void OnTimer();
+    void OnSize();
+    void OnGetMinMaxInfo();
 
     bool TakeFilter();
     void ShowRestrictions();

@@ -2,11 +2,15 @@
 #include "ledger/ui/PNotaForm.h"
 
 #include "ledger/EntryEditing.h"
+#include "ledger/EntryStorage.h"
 #include "ledger/Maintenance.h"
 #include "ledger/QuickEntry.h"
 #include "ledger/VatLines.h"
+#include "ledger/ui/GestionePrimaNota.h"
 #include "ledger/ui/PNotaCerca.h"
 #include "tables/ui/Lookups.h"
+#include "tarvodlg/base/Dates.h"
+#include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/widgets/Pickers.h"
 
@@ -32,7 +36,11 @@ bool CPNota::IsRecordLoaded() const
 
 bool CPNota::OnInitDialog()
 {
-    OfferMaintenance();
+    long number = m_open ? m_pnota.pno_codice : 0;
+    if (OfferMaintenance(&number)) { // which may have given the entry another number
+        if (m_open) sqlpno.Search(nullptr, number, &m_pnota);
+        if (form_->list) form_->list->LoadTable(nullptr, true);
+    }
     if (!m_open) Blank();
     ShowEntry(!m_open);
     if (m_open)
@@ -52,8 +60,10 @@ void CPNota::ShowEntry(bool is_new)
     Form &f = *form_;
     f.is_new = is_new;
     f.typed_total = 0;
+    f.protocol_order.clear();
     f.changed_line.reset();
     f.changed_row.reset();
+    CountFiles();
     Protect(nullptr);
     SetField();
     SetChanged(false);
@@ -74,6 +84,27 @@ bool CPNota::focusNextPrevChild(bool next)
     return !LeaveFocusedField() || CTarvoRecordDialog::focusNextPrevChild(next);
 }
 
+void CPNota::CountFiles()
+{
+    form_->files = form_->is_new ? 0 : CountAttachments(nullptr, m_pnota.pno_codice);
+}
+
+bool CPNota::Attempt(const char *tag, const std::function<void()> &work)
+{
+    auto before = std::make_unique<PNOTA>(m_pnota);
+    if (Guarded(tag, work)) return true;
+    m_pnota = std::move(*before);
+    return false;
+}
+
+std::function<bool()> CPNota::Event(std::string tag, bool (CPNota::*handler)())
+{
+    return [this, tag = std::move(tag), handler] {
+        bool is_good = false;
+        return Attempt(tag.c_str(), [&] { is_good = (this->*handler)(); }) && is_good;
+    };
+}
+
 // --- fields
 
 bool CPNota::OnLostFocusEventCodCau()
@@ -82,6 +113,7 @@ bool CPNota::OnLostFocusEventCodCau()
     CommandScope scope(nullptr);
     EnterCausale(scope.get(), &m_pnota, form_->typed.causale);
     form_->typed_total = 0;
+    form_->protocol_order = DescribeProtocolOrder(scope.get(), m_pnota);
     Protect(scope.get());
     SetField();
     return true;
@@ -116,6 +148,7 @@ bool CPNota::OnLostFocusEventSezione()
 {
     GetField();
     EnterSection(nullptr, &m_pnota, form_->typed.section);
+    form_->protocol_order = DescribeProtocolOrder(nullptr, m_pnota);
     SetField();
     return true;
 }
@@ -162,14 +195,24 @@ bool CPNota::OnLostFocusEventTotDoc()
     return true;
 }
 
-/// Another year has a numbering of its own.
+/// Another year has a numbering of its own; within the year an entry keeps its protocol.
 bool CPNota::OnLostFocusEventData()
 {
     GetField();
-    m_pnota.pno_data = form_->typed.day;
-    if (m_pnota.pno_sez != 0 && m_pnota.pno_data != 0) EnterSection(nullptr, &m_pnota, m_pnota.pno_sez);
+    const long previous = std::exchange(m_pnota.pno_data, form_->typed.day);
+    const bool is_other_year = previous == 0 || Year(previous) != Year(m_pnota.pno_data);
+    if (m_pnota.pno_sez != 0 && m_pnota.pno_data != 0 && is_other_year)
+        EnterSection(nullptr, &m_pnota, m_pnota.pno_sez);
+    form_->protocol_order = DescribeProtocolOrder(nullptr, m_pnota);
     SetField();
     return true;
+}
+
+bool CPNota::OnLostFocusEventDataDoc()
+{
+    GetField();
+    EnterDocumentDate(&m_pnota, form_->typed.document_day);
+    return KeepWorkingDate();
 }
 
 /// The date of a document does not become the day on which the next entries are registered.
@@ -186,6 +229,7 @@ bool CPNota::OnLostFocusEventProt()
     m_pnota.pno_prot = form_->typed.protocol;
     m_pnota.pno_prot_fisso = m_pnota.pno_prot != 0 ? 1 : 0;
     if (m_pnota.pno_prot == 0) EnterSection(nullptr, &m_pnota, m_pnota.pno_sez);
+    form_->protocol_order = DescribeProtocolOrder(nullptr, m_pnota);
     SetField();
     return true;
 }
@@ -220,7 +264,30 @@ void CPNota::OnRecordNuovo()
     EnterFirstField();
 }
 
+/// The copy is of what is stored: changes on screen belong to the entry that is left.
+void CPNota::OnCopia()
+{
+    const bool was_changed = IsChanged();
+    if (!IsRecordLoaded() || !ConfirmDiscard()) return;
+    CommandScope scope(nullptr);
+    auto original = std::make_unique<PNOTA>(m_pnota);
+    if (was_changed) sqlpno.Search(scope.get(), m_pnota.pno_codice, original.get());
+    m_pnota = CopyAsNew(scope.get(), *original, CDateField::WorkingDate());
+    m_row = 0;
+    ShowEntry(true);
+    form_->protocol_order = DescribeProtocolOrder(scope.get(), m_pnota);
+    SetStatus(ToQt(fmt::format("Copia del movimento {}", original->pno_codice)) +
+              (form_->protocol_order.empty() ? QString() : QStringLiteral(". ") + ToQt(form_->protocol_order)));
+    SetChanged(true); // a copy that is left behind is asked about
+    SetFocusTo(form_->document);
+}
+
 void CPNota::OnRecordAnnulla()
+{
+    Guarded(LUMERA_TAG, [this] { Reread(); });
+}
+
+void CPNota::Reread()
 {
     if (form_->is_new) {
         Blank();
@@ -236,14 +303,36 @@ void CPNota::OnRecordAnnulla()
 
 void CPNota::OnRecordCerca()
 {
-    if (!ConfirmDiscard()) return;
+    Guarded(LUMERA_TAG, [this] { Find(); });
+}
+
+void CPNota::Find()
+{
     GetField();
+    // What is typed is what is searched for, also in a field that was not left.
     auto chosen = std::make_unique<PNOTA>(m_pnota);
+    const Form::Typed &typed = form_->typed;
+    chosen->pno_codice = std::lround(form_->number->Value());
+    chosen->pno_data = typed.day;
+    chosen->pno_data_doc = typed.document_day;
+    chosen->pno_doc = typed.document;
+    chosen->pno_cau = typed.causale;
+    chosen->pno_cli_for = typed.counterpart;
     CPNotaCerca search(chosen.get(), this);
-    if (search.DoModal() != IDOK) return;
+    if (search.DoModal() != IDOK || !ConfirmDiscard()) return;
     m_pnota = std::move(*chosen);
     m_row = 0;
     ShowEntry(false);
+}
+
+void CPNota::OnRecordPrec()
+{
+    Guarded(LUMERA_TAG, [this] { GoTo(false); });
+}
+
+void CPNota::OnRecordSucc()
+{
+    Guarded(LUMERA_TAG, [this] { GoTo(true); });
 }
 
 void CPNota::GoTo(bool forward)
@@ -263,5 +352,11 @@ void CPNota::CheckDate()
 {
     CDataSel period(this);
     period.m_title = "Controllo Date Movimenti";
-    if (period.DoModal() == IDOK) ::CheckDate(period.m_start, period.m_stop);
+    const int year = static_cast<int>(lumera_db_impo.dit_anno);
+    period.m_start = DateToJulian(1, 1, year); // in a single month nearly every entry would be a fault
+    period.m_stop = DateToJulian(31, 12, year);
+    if (period.DoModal() != IDOK) return;
+    const long faults = ::CheckDate(period.m_start, period.m_stop);
+    SetStatus(faults == 0 ? QStringLiteral("Nessuna data fuori dal periodo")
+                          : QStringLiteral("%1 date fuori dal periodo").arg(faults));
 }

@@ -55,8 +55,8 @@ class CPNota : public CTarvoRecordDialog {
     void OnRecordElimina() override;
     void OnRecordAnnulla() override;
     void OnRecordCerca() override;
-    void OnRecordPrec() override { GoTo(false); }
-    void OnRecordSucc() override { GoTo(true); }
+    void OnRecordPrec() override;
+    void OnRecordSucc() override;
     void OnUpdateRecordApri(CCmdUI *command) override;
 
     bool OnLostFocusEventCodCau();
@@ -68,6 +68,7 @@ class CPNota : public CTarvoRecordDialog {
     bool OnLostFocusEventCodPag();
     bool OnLostFocusEventTotDoc();
     bool OnLostFocusEventData();
+    bool OnLostFocusEventDataDoc();
     bool OnLostFocusEventProt();
     void OnDblClickCodClifor();
     void OnDblClickCodPag();
@@ -93,6 +94,7 @@ class CPNota : public CTarvoRecordDialog {
     void OnAllegati();
     void OnClickStore();
     void OnCentriCosto();
+    void OnCopia(); ///< the stored entry on screen becomes the beginning of a new one
     /// Opens the table record of the code with the focus: causale, counterpart, section, terms, VAT code, account.
     void OpenEditor();
 
@@ -116,13 +118,26 @@ class CPNota : public CTarvoRecordDialog {
     void ShowEntry(bool is_new); ///< as it was loaded or blanked: nothing is changed
     void TakeAccount(int row, long mas, long con, long sot);
     bool KeepWorkingDate();
+    void CountFiles();
+    void Mark(long PNOTA::*mark);
+    /// Runs work over the entry and shows what it throws, with the tag of the place; the entry then has the values it
+    /// had. @return false when it threw
+    bool Attempt(const char *tag, const std::function<void()> &work);
+    /// The event of a field, to be attempted when the field is left.
+    std::function<bool()> Event(std::string tag, bool (CPNota::*handler)());
     void ProposeTaxable(SACommand *cmd, int line, long code);
     void ClearRow(int row);
+    bool LeaveVatCell(long line, long column);
+    bool LeaveRowCell(long row, long column);
     int ActiveRow() const;
     void FocusFault(const EntryFault &fault);
 
-    void AfterNewStored();
+    void AfterNewStored(const std::string &instalments);
     void ShowInList(bool is_new);
+    void Store();
+    void Delete();
+    void Reread();
+    void Find();
     void GoTo(bool forward);
     void ShowAfterDelete();
 

@@ -86,10 +86,10 @@ CPNotaAllegati::CPNotaAllegati(long entry, CWnd *parent)
     SetCommandCaption(Salva, "F2 - Salva", "Scrive una copia del file");
     SetCommandCaption(Stampa, "Stampa", "Apre il file nel suo programma, che lo stampa");
     Spread()->SetColumns({{.title = "", .width = 3},
-                          {.title = "File", .width = 28, .stretch = true},
-                          {.title = "Descrizione", .width = 20},
+                          {.title = "File", .width = 22, .stretch = true},
+                          {.title = "Descrizione", .width = 18},
                           {.title = "Dimensione", .width = 11},
-                          {.title = "Utente", .width = 10},
+                          {.title = "Utente", .width = 9},
                           {.title = "Inserito", .width = 16},
                           {.title = "Modificato", .width = 16}});
     for (long column = kIcon; column <= kUpdated; ++column) Spread()->LockColumn(column, true);

@@ -17,6 +17,8 @@ namespace {
 
 enum LineColumn : long { kCentre = 1, kDescription, kAmount };
 
+const QString kHint = QStringLiteral("F4 apre l'elenco dei centri; un importo lasciato vuoto prende il resto");
+
 bool SameLines(const std::vector<PNOTA_CENTRO> &one, const std::vector<PNOTA_CENTRO> &other)
 {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(),
@@ -93,10 +95,17 @@ bool CPNotaCentriCosto::OnInitDialog()
     return Guarded(LUMERA_TAG, [this] {
         ShowLines();
         ShowRest();
+        SetStatus(kHint);
         SetChanged(false);
         grid_->setFocus();
-        grid_->SetActiveCell(std::min(static_cast<long>(LinesOf(*entry_, row_).size()) + 1, grid_->RowCount()),
-                             kCentre);
+        // Once the window is there: a dialog that shows enters its first control as Tab does, at the first cell.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                const long free = static_cast<long>(LinesOf(*entry_, row_).size()) + 1;
+                grid_->SetActiveCell(std::min(free, grid_->RowCount()), kCentre);
+            },
+            Qt::QueuedConnection);
     });
 }
 
@@ -137,7 +146,9 @@ bool CPNotaCentriCosto::OnLeaveCellSpread(long row, long column)
     const long centre = grid_->Long(row, kCentre);
     if (column == kCentre) {
         ShowDescription(row);
-        return centre == 0 || CentreName(centre).has_value();
+        const bool is_known = centre == 0 || CentreName(centre).has_value();
+        SetStatus(is_known ? kHint : QStringLiteral("Non c'è un centro di costo con questo codice: F4 apre l'elenco"));
+        return is_known;
     }
     if (column == kAmount && centre != 0 && TestIfZero(grid_->Number(row, kAmount)) && RestCents() != 0) {
         grid_->SetNumber(row, kAmount, FromCents(RestCents()));

@@ -116,6 +116,8 @@ void CPNotaCerca::BuildKeys()
                     "5 - Causale e data", "6 - Cliente o fornitore e data"});
     keys->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     keys->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    for (int row = 0; row < keys->count(); ++row)
+        keys->item(row)->setSizeHint({keys->sizeHintForColumn(0), keys->fontMetrics().height() * 4 / 3});
     const int frame = 2 * keys->frameWidth();
     keys->setFixedSize(keys->sizeHintForColumn(0) + frame + keys->fontMetrics().averageCharWidth() * 2,
                        keys->sizeHintForRow(0) * keys->count() + frame);
@@ -184,10 +186,10 @@ void CPNotaCerca::BuildList()
     };
     std::vector<CSpreadSheet::Column> columns = {
         column("Numero", Type::Code, 8),        column("Data", Type::Date, 11),
-        column("Caus.", Type::Code, 6),         column("N. documento", Type::Text, 15),
+        column("Caus.", Type::Code, 6),         column("N. documento", Type::Text, 14),
         column("Data doc.", Type::Date, 11),    column("C/F", Type::Text, 4),
-        column("Intestatario", Type::Text, 28), column("Totale doc.", Type::Amount, 14),
-        column("Descrizione", Type::Text, 30)};
+        column("Intestatario", Type::Text, 24), column("Totale doc.", Type::Amount, 13),
+        column("Descrizione", Type::Text, 20)};
     columns.back().stretch = true;
     grid->SetColumns(std::move(columns));
     grid->RememberLayout("CPNotaCerca");

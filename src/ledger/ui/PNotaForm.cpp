@@ -9,6 +9,7 @@
 #include "tarvodlg/widgets/FormBuilder.h"
 #include "tarvodlg/widgets/Theme.h"
 
+#include <QAbstractButton>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -74,6 +75,15 @@ void PassOver(CTarvoField *field)
     field->Widget()->setFocusPolicy(Qt::ClickFocus);
 }
 
+/// The last field of its line ends where the grids below end.
+void ToTheEdge(CTarvoField *field)
+{
+    QWidget *widget = field->Widget();
+    widget->setMinimumWidth(widget->maximumWidth() == QWIDGETSIZE_MAX ? 0 : widget->maximumWidth());
+    widget->setMaximumWidth(QWIDGETSIZE_MAX);
+    widget->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
 } // namespace
 
 /// The fields that an ordinary entry visits, from the causale to the total. Built after those of the right column, so
@@ -87,21 +97,22 @@ void CPNota::BuildHeader()
     f.causale_text = form.Beside().Text("", f.typed.causale_text, 34);
     Name(f.causale_text, "Descrizione causale");
     PassOver(f.causale_text);
+    ToTheEdge(f.causale_text);
     f.counterpart = form.Code("For&nitore", f.typed.counterpart, std::make_shared<CounterpartLookup>(m_pnota));
     f.counterpart_label = LabelOf(f.header, f.counterpart);
     f.document = form.Text("&Documento n.", f.typed.document, 20);
-    f.document_day = form.Beside().Date("de&l", m_pnota.pno_data_doc);
+    f.document_day = form.Beside().Date("de&l", f.typed.document_day);
     Name(f.document_day, "Data documento");
     f.total = form.Amount("&Totale", f.typed.total);
     Name(f.total, "Totale documento");
     f.vat_register = form.Beside().Info("Registro");
 
-    OnLostFocusEvent(f.causale, [this] { return OnLostFocusEventCodCau(); });
-    OnLostFocusEvent(f.causale_text, [this] { return OnLostFocusEventDesCau(); });
-    OnLostFocusEvent(f.counterpart, [this] { return OnLostFocusEventCodClifor(); });
-    OnLostFocusEvent(f.document, [this] { return OnLostFocusEventNumDoc(); });
-    OnLostFocusEvent(f.document_day, [this] { return KeepWorkingDate(); });
-    OnLostFocusEvent(f.total, [this] { return OnLostFocusEventTotDoc(); });
+    OnLostFocusEvent(f.causale, Event(LUMERA_TAG, &CPNota::OnLostFocusEventCodCau));
+    OnLostFocusEvent(f.causale_text, Event(LUMERA_TAG, &CPNota::OnLostFocusEventDesCau));
+    OnLostFocusEvent(f.counterpart, Event(LUMERA_TAG, &CPNota::OnLostFocusEventCodClifor));
+    OnLostFocusEvent(f.document, Event(LUMERA_TAG, &CPNota::OnLostFocusEventNumDoc));
+    OnLostFocusEvent(f.document_day, Event(LUMERA_TAG, &CPNota::OnLostFocusEventDataDoc));
+    OnLostFocusEvent(f.total, Event(LUMERA_TAG, &CPNota::OnLostFocusEventTotDoc));
     f.causale->on_dbl_click = [this] { OnDblClickCodCau(); };
     f.counterpart->on_dbl_click = [this] { OnDblClickCodClifor(); };
 }
@@ -126,19 +137,21 @@ void CPNota::BuildDetails()
     form.Beside().Add("Ord&ine", f.browse_order);
     f.browse_order->setToolTip("L'ordine in cui PagSu e PagGiù scorrono i movimenti");
     PassOver(f.browse_order);
+    ToTheEdge(f.browse_order);
     f.section = form.Code("Sezione I&VA", f.typed.section, Lookup("sezioni"));
     f.protocol = form.Beside().Number("&Protocollo", f.typed.protocol, 0, 99'999'999);
     f.terms = form.Code("Pa&gamento", f.typed.terms, Lookup("pagamenti"));
     f.terms_day = form.Beside().Date("dec&orrenza", m_pnota.pno_data_pag);
     Name(f.terms_day, "Decorrenza pagamento");
-    f.description = form.Text("Descri&zione", m_pnota.pno_desc, 58);
+    f.description = form.Text("Descri&zione", m_pnota.pno_desc, 40);
+    ToTheEdge(f.description);
 
-    OnLostFocusEvent(f.number, [this] { return OnLostFocusEventNumero(); });
-    OnLostFocusEvent(f.day, [this] { return OnLostFocusEventData(); });
+    OnLostFocusEvent(f.number, Event(LUMERA_TAG, &CPNota::OnLostFocusEventNumero));
+    OnLostFocusEvent(f.day, Event(LUMERA_TAG, &CPNota::OnLostFocusEventData));
     OnLostFocusEvent(f.terms_day, [this] { return KeepWorkingDate(); });
-    OnLostFocusEvent(f.section, [this] { return OnLostFocusEventSezione(); });
-    OnLostFocusEvent(f.protocol, [this] { return OnLostFocusEventProt(); });
-    OnLostFocusEvent(f.terms, [this] { return OnLostFocusEventCodPag(); });
+    OnLostFocusEvent(f.section, Event(LUMERA_TAG, &CPNota::OnLostFocusEventSezione));
+    OnLostFocusEvent(f.protocol, Event(LUMERA_TAG, &CPNota::OnLostFocusEventProt));
+    OnLostFocusEvent(f.terms, Event(LUMERA_TAG, &CPNota::OnLostFocusEventCodPag));
     f.section->on_dbl_click = [this] { OnDblClickSezione(); };
     f.terms->on_dbl_click = [this] { OnDblClickCodPag(); };
     connect(f.browse_order, &QComboBox::activated, this, [this] {
@@ -151,6 +164,7 @@ void CPNota::BuildTotals()
     Form &f = *form_;
     auto *grid = new QGridLayout(f.totals);
     const QFontMetrics metrics = f.totals->fontMetrics();
+    grid->setContentsMargins(0, metrics.height() / 4, 0, 0); // in line with the titles of the VAT grid
     grid->setHorizontalSpacing(metrics.averageCharWidth() * 2);
     grid->setVerticalSpacing(metrics.height() / 4);
     f.banner = new QLabel(".: IVA Sospesa :.", f.totals);
@@ -191,16 +205,17 @@ void CPNota::BuildGrids()
     f.vat->on_key_press = [this](long line, long column, QKeyEvent *key) {
         return OnKeyPressGridiva(line, column, key);
     };
-    f.rows->SetColumns({{.title = "Mastro", .type = Type::Code, .width = 7},
-                        {.title = "Conto", .type = Type::Code, .width = 6},
-                        {.title = "Sottoc.", .type = Type::Code, .width = 8},
-                        {.title = "Descrizione", .type = Type::Text, .width = 30, .locked = true, .stretch = true},
-                        {.title = "Causale", .type = Type::Code, .width = 8},
-                        {.title = "Documento", .type = Type::Text, .width = 14, .max_characters = 20},
-                        {.title = "Importo", .type = Type::Amount, .width = 15},
-                        {.title = "D/A", .type = Type::Choice, .width = 4, .choices = {"", "D", "A"}},
-                        {.title = "Auto", .type = Type::Choice, .width = 5, .choices = {kNo, kYes}},
-                        {.title = "Centri", .type = Type::Text, .width = 6, .locked = true}});
+    f.rows->SetColumns(
+        {{.title = "Mastro", .type = Type::Code, .width = 7},
+         {.title = "Conto", .type = Type::Code, .width = 6},
+         {.title = "Sottoc.", .type = Type::Code, .width = 8},
+         {.title = "Descrizione", .type = Type::Text, .width = 30, .locked = true, .stretch = true},
+         {.title = "Causale", .type = Type::Code, .width = 8},
+         {.title = "Documento", .type = Type::Text, .width = 14, .max_characters = 20},
+         {.title = "Importo", .type = Type::Amount, .width = 15},
+         {.title = "D/A", .type = Type::Choice, .width = 4, .choices = {"", "D", "A"}},
+         {.title = "Auto", .type = Type::Choice, .width = 5, .choices = {kNo, kYes}},
+         {.title = "Centri", .type = Type::Choice, .width = 6, .locked = true, .choices = {"", kNo, kYes}}});
     f.rows->SetRowCount(static_cast<long>(kEntryRows));
     Name(f.rows, "Righe");
     f.rows->RememberLayout("PNota");
@@ -229,10 +244,11 @@ void CPNota::AddCommands()
                        .icon = "causale",
                        .run = [this] { BrowseCod(ActiveRow()); },
                        .update = on_row});
-    AddToolbarCommand({.caption = "F9 - Integr.",
-                       .tooltip = "Permette l' inserimento delle integrazioni alla scrittura contabile",
-                       .icon = "comunicazioni",
-                       .run = [this] { OnIntegrazioni(); }});
+    form_->integrations =
+        AddToolbarCommand({.caption = "F9 - Integr.",
+                           .tooltip = "Permette l' inserimento delle integrazioni alla scrittura contabile",
+                           .icon = "comunicazioni",
+                           .run = [this] { OnIntegrazioni(); }});
     AddToolbarCommand({.caption = "F11 - Centri",
                        .tooltip = "Divide l'importo della riga fra i centri di costo",
                        .icon = "centro-costo",
@@ -244,11 +260,30 @@ void CPNota::AddCommands()
                        .run = [this] { OnImmagini(); },
                        .update = when_stored,
                        .shortcut = "Ctrl+I"});
-    AddToolbarCommand({.caption = "Controlla",
-                       .tooltip = "Controlla la scrittura senza salvarla",
-                       .icon = "avviso",
-                       .run = [this] { Cheek(nullptr); },
-                       .shortcut = "Ctrl+K"});
+    AddToolbarCommand({.caption = "Copia",
+                       .tooltip = "Comincia una nuova scrittura uguale a questa",
+                       .icon = "nuovo",
+                       .run = [this] { OnCopia(); },
+                       .update = when_stored,
+                       .shortcut = "Ctrl+D"});
+    // The toolbar is as wide as a small screen; these two stand below, past the last row for the mouse alone.
+    QAbstractButton *check = AddCommand({.caption = "Controlla",
+                                         .tooltip = "Controlla la scrittura senza salvarla",
+                                         .icon = "avviso",
+                                         .run = [this] { Cheek(nullptr); },
+                                         .shortcut = "Ctrl+K"});
+    QAbstractButton *files =
+        AddCommand({.caption = "Archivio",
+                    .tooltip = "I file archiviati con la scrittura (anche F7)",
+                    .icon = "archivio",
+                    .run = [this] { OnClickStore(); },
+                    .update =
+                        [this](CCmdUI *command) {
+                            command->Enable(IsRecordLoaded());
+                            command->SetText(form_->files == 0 ? QStringLiteral("Archivio")
+                                                               : QStringLiteral("Archivio (%1)").arg(form_->files));
+                        }});
+    for (QAbstractButton *button : {check, files}) button->setFocusPolicy(Qt::NoFocus);
 }
 
 CPNota::CPNota(CGestionePrimaNota *list, CWnd *parent) : CTarvoRecordDialog(parent), form_(std::make_unique<Form>())
@@ -261,6 +296,8 @@ CPNota::CPNota(CGestionePrimaNota *list, CWnd *parent) : CTarvoRecordDialog(pare
     f.totals = new QWidget(Content());
     BuildDetails();
     BuildHeader();
+    for (QWidget *part : {f.details, f.header})
+        part->layout()->setContentsMargins(0, 0, 0, 0); // in line with the grids
     f.vat = new CSpreadSheet(Content());
     f.rows = new CSpreadSheet(Content());
     BuildTotals();
@@ -289,8 +326,18 @@ CPNota::~CPNota() = default;
 void CPNota::SetField()
 {
     Form &f = *form_;
-    f.typed = {m_pnota.pno_cau, m_pnota.pno_sez,     m_pnota.pno_prot, m_pnota.pno_data,   m_pnota.pno_cli_for,
-               m_pnota.pno_pag, m_pnota.pno_des_cau, m_pnota.pno_doc,  m_pnota.pno_tot_doc};
+    // A code typed for another causale stays in the record, for the next one, but is nobody's now.
+    const long counterpart = m_pnota.pno_rel == kNoCounterpart ? 0 : m_pnota.pno_cli_for;
+    f.typed = {.causale = m_pnota.pno_cau,
+               .section = m_pnota.pno_sez,
+               .protocol = m_pnota.pno_prot,
+               .day = m_pnota.pno_data,
+               .document_day = m_pnota.pno_data_doc,
+               .counterpart = counterpart,
+               .terms = m_pnota.pno_pag,
+               .causale_text = m_pnota.pno_des_cau,
+               .document = m_pnota.pno_doc,
+               .total = m_pnota.pno_tot_doc};
     f.number->SetValue(static_cast<double>(m_pnota.pno_codice));
     f.number->SetModified(false);
     f.browse_order->SetCode(sqlpno.GetIndex());
@@ -367,8 +414,11 @@ void CPNota::ShowTotals()
     if (!TestIfZero(m_pnota.pno_tot_squ)) colours.setColor(QPalette::WindowText, Readable(QColor(192, 0, 0)));
     f.imbalance->setPalette(colours);
     std::string words = DescribeImbalance(m_pnota);
+    if (m_pnota.pno_cau == 0 && TestIfZero(m_pnota.pno_dare) && TestIfZero(m_pnota.pno_avere))
+        words = "Si comincia dalla causale: il codice, una parte del nome, oppure F4";
     if (words.empty() && !TestIfZero(f.typed_total) && !TestIfZero(f.typed_total - m_pnota.pno_tot_doc))
         words = "Totale digitato " + FormatAmount(f.typed_total) + ", righe IVA " + FormatAmount(m_pnota.pno_tot_doc);
+    if (words.empty()) words = f.protocol_order;
     SetStatus(words.empty() ? QStringLiteral("Il movimento quadra") : ToQt(words));
 }
 
@@ -391,15 +441,13 @@ void CPNota::ProtectIva()
 {
     CSpreadSheet *grid = form_->vat;
     const bool has_vat = m_pnota.pno_cau_iva == 1;
-    grid->setFocusPolicy(has_vat ? Qt::StrongFocus : Qt::NoFocus);
+    grid->setEnabled(has_vat); // its cells stay those of an entry grid, or it would look like a list
     for (std::size_t i = 0; i < kVatLines; ++i) {
         const PNOTA_IVA &line = m_pnota.iva[i];
         const long at = static_cast<long>(i) + 1;
         const bool has_code = has_vat && line.iva != 0;
         const VatTreatment treatment = TreatmentOf(m_pnota.pno_reg, line.tip);
         const bool has_rate = treatment == VatTreatment::RateAndShare || treatment == VatTreatment::RateOnly;
-        grid->LockCell(at, kVatCode, !has_vat);
-        grid->LockCell(at, kVatTaxableAmount, !has_vat);
         grid->LockCell(at, kVatTax, !has_code || !has_rate);
         grid->LockCell(at, kVatShare, !has_code || treatment != VatTreatment::RateAndShare);
     }

@@ -28,7 +28,7 @@ struct CPNota::Form {
     /// What is typed into fields whose change does something to the rest of the entry. The record keeps the value from
     /// before until the field's event has run: it has to know what changed.
     struct Typed {
-        long causale = 0, section = 0, protocol = 0, day = 0, counterpart = 0, terms = 0;
+        long causale = 0, section = 0, protocol = 0, day = 0, document_day = 0, counterpart = 0, terms = 0;
         Text<30> causale_text;
         Text<20> document;
         double total = 0;
@@ -37,6 +37,8 @@ struct CPNota::Form {
     bool is_new = true;
     /// Document total that the user typed, from which VAT lines are proposed; 0 = none.
     double typed_total = 0;
+    std::string protocol_order; ///< what is to be said about dates and protocols; empty = nothing
+    long files = 0;             ///< attached to the entry
     /// Cells that the user changed and has not left yet: line or row, column.
     std::optional<std::pair<long, long>> changed_line, changed_row;
 
@@ -45,6 +47,7 @@ struct CPNota::Form {
     CCodeField *causale = nullptr, *section = nullptr, *counterpart = nullptr, *terms = nullptr;
     CTextField *causale_text = nullptr, *document = nullptr, *description = nullptr;
     CChoiceField *browse_order = nullptr;
+    QAbstractButton *integrations = nullptr;
     QLabel *counterpart_label = nullptr, *counterpart_name = nullptr, *vat_register = nullptr, *banner = nullptr;
     QLabel *taxable = nullptr, *tax = nullptr, *exempt = nullptr, *non_taxable = nullptr, *outside = nullptr;
     QLabel *dare = nullptr, *avere = nullptr, *imbalance = nullptr;

@@ -7,6 +7,7 @@
 #include "ledger/ui/PNotaCentriCosto.h"
 #include "tables/ui/AccountField.h"
 #include "tables/ui/Lookups.h"
+#include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/base/Numbers.h"
 #include "tarvolumera/Causali.h"
 #include "tarvolumera/ChartOfAccounts.h"
@@ -72,6 +73,16 @@ void CPNota::OnChangeGridiva(long line, long column)
 }
 
 bool CPNota::OnLeaveCellGridiva(long line, long column)
+{
+    const auto changed = form_->changed_line;
+    bool is_good = false;
+    if (!Attempt(LUMERA_TAG, [&] { is_good = LeaveVatCell(line, column); }) || !is_good)
+        form_->changed_line = changed; // once more, when the user tries to leave again
+    if (!is_good && column == kVatCode) SetStatus("Non c'è un codice IVA con questo numero: F4 apre l'elenco");
+    return is_good;
+}
+
+bool CPNota::LeaveVatCell(long line, long column)
 {
     const bool is_changed = form_->changed_line == std::pair(line, column);
     form_->changed_line.reset();
@@ -223,6 +234,16 @@ void CPNota::OnChangeSpread(long row, long column)
 bool CPNota::OnLeaveCellSpread(long row, long column)
 {
     if (row < 1 || row > static_cast<long>(kEntryRows)) return true;
+    const auto changed = form_->changed_row;
+    bool is_good = false;
+    if (!Attempt(LUMERA_TAG, [&] { is_good = LeaveRowCell(row, column); })) form_->changed_row = changed;
+    if (!is_good && column <= kRowSot) SetStatus("Nel piano dei conti non c'è: F4 apre l'elenco");
+    if (!is_good && column == kRowCausale) SetStatus("Non c'è una causale con questo codice: F4 apre l'elenco");
+    return is_good;
+}
+
+bool CPNota::LeaveRowCell(long row, long column)
+{
     const bool is_changed = form_->changed_row == std::pair(row, column);
     form_->changed_row.reset();
     const int at = static_cast<int>(row);

@@ -4,12 +4,13 @@
 #include "ledger/EntryStorage.h"
 #include "ledger/ui/GestionePrimaNota.h"
 #include "ledger/ui/PNotaAllegati.h"
-#include "schedule/Instalments.h"
+#include "schedule/ui/GenScadenze.h"
 #include "tables/ui/LookupBrowser.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/widgets/FormBuilder.h"
 
+#include <QAbstractButton>
 #include <QMenu>
 #include <fmt/format.h>
 
@@ -86,13 +87,12 @@ int CPNota::Cheek(SACommand *cmd)
 
 /// The checks, the questions and their order are StoreEntry's; what another station did meanwhile comes as an error
 /// and leaves the entry on screen as it was typed.
-void CPNota::OnRecordSalva()
+void CPNota::Store()
 {
     GetField();
     if (m_pnota.pno_codice == 0) return;
     const bool is_new = form_->is_new;
-    CommandScope scope(nullptr);
-    const StoreOutcome outcome = StoreEntry(scope.get(), &m_pnota, is_new);
+    const StoreOutcome outcome = StoreEntry(nullptr, &m_pnota, is_new);
     if (!outcome.stored) {
         ShowTotals();
         // An imbalance is described better than by saying that there is one.
@@ -107,15 +107,20 @@ void CPNota::OnRecordSalva()
         return SetFocusTo(form_->document);
     }
     form_->is_new = false; // whatever fails from here on, the entry is in the archive
-    Guarded(LUMERA_TAG, [&] { GenerateInstalments(scope.get(), m_pnota); });
-    AfterNewStored();
+    CGenScadenze instalments(&m_pnota, this);
+    instalments.DoModal();
+    AfterNewStored(!instalments.m_proposed     ? ""
+                   : instalments.m_stored == 0 ? ", senza scadenze"
+                   : instalments.m_stored == 1 ? ", 1 scadenza"
+                                               : fmt::format(", {} scadenze", instalments.m_stored));
 }
 
-void CPNota::AfterNewStored()
+/// @param instalments  what became of them, for the end of the message; empty when there were none to generate
+void CPNota::AfterNewStored(const std::string &instalments)
 {
     const auto stored = std::make_unique<PNOTA>(m_pnota);
-    const std::string told = fmt::format("Registrato il movimento {}{}", stored->pno_codice,
-                                         stored->pno_prot == 0 ? "" : fmt::format(", protocollo {}", stored->pno_prot));
+    const std::string protocol = stored->pno_prot == 0 ? "" : fmt::format(", protocollo {}", stored->pno_prot);
+    const std::string told = fmt::format("Registrato il movimento {}{}{}", stored->pno_codice, protocol, instalments);
     Guarded(LUMERA_TAG, [&] {
         if (OffersAttachments(nullptr, *stored) &&
             AfxMessageBox("Vuoi inserire allegati ?", MB_YESNO | MB_ICONQUESTION) == IDYES)
@@ -148,14 +153,24 @@ void CPNota::ShowInList(bool is_new)
     });
 }
 
+void CPNota::OnRecordSalva()
+{
+    Guarded(LUMERA_TAG, [this] { Store(); });
+}
+
 void CPNota::OnRecordElimina()
+{
+    Guarded(LUMERA_TAG, [this] { Delete(); });
+}
+
+void CPNota::Delete()
 {
     if (form_->is_new) return;
     if (AfxMessageBox(fmt::format("Vuoi veramente eliminare il movimento n. {} del {}?", m_pnota.pno_codice,
                                   FormatDate(m_pnota.pno_data)),
                       MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES)
         return;
-    DeleteEntry(nullptr, &m_pnota);
+    if (!DeleteEntry(nullptr, &m_pnota)) return;
     m_saved = true;
     if (form_->list)
         if (const long row = form_->list->RowOf(m_pnota.pno_codice)) form_->list->DeleteRow(row);
@@ -185,6 +200,7 @@ void CPNota::OnAllegati()
 {
     CPNotaAllegati attachments(m_pnota.pno_codice, this);
     attachments.DoModal();
+    CountFiles();
 }
 
 void CPNota::OnImmagini()
@@ -200,11 +216,35 @@ void CPNota::OnIntegrazioni()
     holders->setEnabled(IsRecordLoaded());
     const QAction *communication = menu.addAction("&Spesometro");
     menu.addSeparator();
+    const auto mark = [&](const QString &caption, long PNOTA::*which) {
+        QAction *action = menu.addAction(caption);
+        action->setEnabled(IsRecordLoaded());
+        action->setCheckable(true);
+        action->setChecked(m_pnota.*which != 0);
+        return action;
+    };
+    const QAction *checked = mark("&Verificato", &PNOTA::pno_verifica);
+    const QAction *exported = mark("&Esportato al consulente", &PNOTA::pno_trasf);
+    menu.addSeparator();
     const QAction *dates = menu.addAction("Controllo &date dei movimenti");
-    const QAction *chosen = menu.exec(mapToGlobal(Content()->geometry().topLeft()));
+    menu.setActiveAction(holders->isEnabled() ? holders : menu.actions().at(1));
+    const QWidget *button = form_->integrations;
+    const QAction *chosen = menu.exec(button->mapToGlobal(button->rect().bottomLeft()));
     if (chosen == holders) OnCointestatari();
     if (chosen == communication) OnSpesometro();
+    if (chosen == checked) Mark(&PNOTA::pno_verifica);
+    if (chosen == exported) Mark(&PNOTA::pno_trasf);
     if (chosen == dates) CheckDate();
+}
+
+void CPNota::Mark(long PNOTA::*mark)
+{
+    MarkEntry(nullptr, &m_pnota, mark, m_pnota.*mark == 0 ? 1 : 0);
+    m_saved = true;
+    const bool is_set = m_pnota.*mark != 0;
+    SetStatus(mark == &PNOTA::pno_trasf
+                  ? (is_set ? "Segnato come esportato al consulente" : "Non più segnato come esportato")
+                  : (is_set ? "Segnato come verificato" : "Non più segnato come verificato"));
 }
 
 void CPNota::OnCointestatari()
