@@ -6,7 +6,7 @@ _lumera()
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
             archivio|fatture|pnota|scadenze|tabelle|desk|oggi) [ -z "$group" ] && group=$word ;;
-            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera|stampa|salva|piano-conti|controlla-date|rinumera|riscrivi|importa-scontrini|importa-saldi)
+            crea|verifica|copia|importa|elenco|registra|esporta|mostra|elimina|genera|stampa|salva|piano-conti|controlla-date|rinumera|riscrivi|importa-scontrini|importa-saldi|dividi|bollettino|scadenzario|anzianita|estratto-conto|cruscotto)
                 [ -n "$group" ] && [ -z "$command" ] && command=$word ;;
             clienti|fornitori|causali|codiva|pagamenti|mastri|conti|sottocon|sezioni|banche|centri|agenti|ditta|impostazioni)
                 table=$word ;;
@@ -14,6 +14,7 @@ _lumera()
     done
     case ${COMP_WORDS[COMP_CWORD-1]} in
         --archivio|--xml|--p7m|--pdf|--xlsx|--csv) COMPREPLY=($(compgen -f -- "$cur")); return ;;
+        --per) COMPREPLY=($(compgen -W "settimana mese" -- "$cur")); return ;;
     esac
     local words
     case "$group $command" in
@@ -21,7 +22,7 @@ _lumera()
         "archivio ") words="crea verifica copia" ;;
         "fatture ") words="importa elenco registra esporta" ;;
         "pnota ") words="elenco mostra registra elimina stampa controlla-date rinumera riscrivi importa-scontrini" ;;
-        "scadenze ") words="elenco controlla-date stampa genera importa-saldi" ;;
+        "scadenze ") words="elenco stampa controlla-date scadenzario anzianita estratto-conto cruscotto mostra salva elimina dividi bollettino genera importa-saldi" ;;
         "tabelle ") words="elenco mostra salva elimina piano-conti" ;;
         "archivio crea") words="--postgres --demo --anno --movimenti --seme --ditta --piva --codfis --indirizzo --cap --citta --prov --naz" ;;
         "fatture elenco") words="--dal --al --da-registrare" ;;
@@ -37,6 +38,13 @@ _lumera()
         "scadenze stampa") words="--clienti --fornitori --aperte --chiuse --dal --al --sezione --intestatario --destinazione --agente --pdf --xlsx --csv" ;;
         "scadenze controlla-date") words="--dal --al" ;;
         "scadenze importa-saldi") words="--prova" ;;
+        "scadenze scadenzario") words="--dal --al --per --clienti --fornitori --pdf --xlsx --csv" ;;
+        "scadenze anzianita") words="--clienti --fornitori --al --per-scaduto --pdf --xlsx --csv" ;;
+        "scadenze estratto-conto") words="--cliente --fornitore --al --dal --scadenti-al --tutte --pdf --xlsx --csv" ;;
+        "scadenze cruscotto") words="--mesi --saldo --pdf --xlsx --csv" ;;
+        "scadenze mostra"|"scadenze elimina") words="cliente fornitore" ;;
+        "scadenze dividi") words="cliente fornitore --importo --data" ;;
+        "scadenze bollettino") words="cliente fornitore --pdf" ;;
     esac
     local tables="clienti fornitori causali codiva pagamenti mastri conti sottocon sezioni banche centri agenti"
     if [ "$group" = tabelle ] && [ -n "$command" ] && [ -z "$table" ]; then
@@ -48,7 +56,7 @@ _lumera()
     fi
     COMPREPLY=($(compgen -W "$words $common" -- "$cur"))
     case "$group $command" in
-        "archivio crea"|"archivio copia"|"fatture importa"|"pnota registra"|"pnota importa-scontrini"|"scadenze importa-saldi")
+        "archivio crea"|"archivio copia"|"fatture importa"|"pnota registra"|"pnota importa-scontrini"|"scadenze importa-saldi"|"scadenze salva")
             [[ $cur == -* ]] || COMPREPLY=($(compgen -f -- "$cur")) ;;
         "tabelle salva")
             [ -n "$table" ] && [[ $cur != -* ]] && COMPREPLY=($(compgen -f -- "$cur")) ;;

@@ -31,27 +31,56 @@ std::string Condition(const ListOptions &options)
     return text;
 }
 
-int List(Session *session, const ListOptions &options)
-{
-    const long first = ParseDateOption("--dal", options.from), last = ParseDateOption("--al", options.to);
-    session->OpenArchive();
-    SAConnection connection;
-    connection.Connect(lumera_db_target);
-    SACommand query(
-        &connection,
-        "SELECT pno_codice, pno_data, pno_des_cau, pno_data_doc, pno_tot_doc, pno_sez, pno_cau, pno_reg, pno_prot,"
-        " pno_rel, pno_cli_for, pno_doc, pno_dare, pno_avere,"
-        " CASE pno_rel WHEN 0 THEN cli_desc WHEN 1 THEN for_desc END AS nome FROM admin.pnota1"
-        " LEFT JOIN admin.clienti1 ON cli_codice = pno_cliente LEFT JOIN admin.fornito1 ON for_codice = pno_fornitore" +
-            Condition(options) + " ORDER BY pno_data DESC, pno_codice DESC");
-    if (first != 0) query.Param("d_start").setAsDateTime(ToSqlDate(first));
-    if (last != 0) query.Param("d_stop").setAsDateTime(ToSqlDate(last));
-    if (options.section != 0) query.Param("codsez").setAsLong(options.section);
-    if (options.causale != 0) query.Param("codcac").setAsLong(options.causale);
-    query.Execute();
+constexpr const char *kListColumns =
+    "SELECT pno_codice, pno_data, pno_des_cau, pno_data_doc, pno_tot_doc, pno_sez, pno_cau, pno_reg, pno_prot,"
+    " pno_rel, pno_cli_for, pno_doc, pno_dare, pno_avere,"
+    " CASE pno_rel WHEN 0 THEN cli_desc WHEN 1 THEN for_desc END AS nome FROM admin.pnota1"
+    " LEFT JOIN admin.clienti1 ON cli_codice = pno_cliente LEFT JOIN admin.fornito1 ON for_codice = pno_fornitore";
 
-    std::optional<JsonListPrinter> json;
-    if (session->json) json.emplace("movimenti");
+nlohmann::json ListedAsJson(SACommand &query)
+{
+    return {{"codice", query.Field("pno_codice").asLong()},
+            {"data", JsonDate(FromSqlDate(query.Field("pno_data").asDateTime()))},
+            {"cau", query.Field("pno_cau").asLong()},
+            {"des_cau", query.Field("pno_des_cau").asString()},
+            {"sez", query.Field("pno_sez").asLong()},
+            {"reg", query.Field("pno_reg").asLong()},
+            {"prot", query.Field("pno_prot").asLong()},
+            {"doc", query.Field("pno_doc").asString()},
+            {"data_doc", JsonDate(FromSqlDate(query.Field("pno_data_doc").asDateTime()))},
+            {"rel", query.Field("pno_rel").asLong()},
+            {"cli_for", query.Field("pno_cli_for").asLong()},
+            {"nome", query.Field("nome").asString()},
+            {"tot_doc", JsonAmount(query.Field("pno_tot_doc").asDouble())},
+            {"dare", JsonAmount(query.Field("pno_dare").asDouble())},
+            {"avere", JsonAmount(query.Field("pno_avere").asDouble())}};
+}
+
+std::vector<std::string> ListedAsCells(SACommand &query)
+{
+    const long protocol = query.Field("pno_prot").asLong();
+    return {query.Field("pno_codice").asString(),
+            FormatDate(FromSqlDate(query.Field("pno_data").asDateTime())),
+            query.Field("pno_des_cau").asString(),
+            RegisterName(query.Field("pno_reg").asLong()),
+            protocol == 0 ? "" : std::to_string(protocol),
+            query.Field("pno_doc").asString(),
+            query.Field("nome").asString(),
+            FormatAmount(query.Field("pno_tot_doc").asDouble()),
+            FormatAmount(query.Field("pno_dare").asDouble()),
+            FormatAmount(query.Field("pno_avere").asDouble())};
+}
+
+void ListAsJson(SACommand &query)
+{
+    JsonListPrinter json("movimenti");
+    long count = 0;
+    for (; query.FetchNext(); ++count) json.Add(ListedAsJson(query));
+    json.Finish({{"totale", count}});
+}
+
+void ListAsTable(SACommand &query, bool colours)
+{
     constexpr auto kRight = TableColumn::Align::Right;
     Table table({{"Mov.", kRight},
                  {"Data"},
@@ -63,46 +92,35 @@ int List(Session *session, const ListOptions &options)
                  {"Totale", kRight},
                  {"Dare", kRight},
                  {"Avere", kRight}},
-                session->Colours());
+                colours);
     long count = 0;
     long long dare = 0, avere = 0;
-    while (query.FetchNext()) {
-        ++count;
+    for (; query.FetchNext(); ++count) {
         dare += ToCents(query.Field("pno_dare").asDouble());
         avere += ToCents(query.Field("pno_avere").asDouble());
-        const long day = FromSqlDate(query.Field("pno_data").asDateTime());
-        if (json) {
-            json->Add({{"codice", query.Field("pno_codice").asLong()},
-                       {"data", JsonDate(day)},
-                       {"cau", query.Field("pno_cau").asLong()},
-                       {"des_cau", query.Field("pno_des_cau").asString()},
-                       {"sez", query.Field("pno_sez").asLong()},
-                       {"reg", query.Field("pno_reg").asLong()},
-                       {"prot", query.Field("pno_prot").asLong()},
-                       {"doc", query.Field("pno_doc").asString()},
-                       {"data_doc", JsonDate(FromSqlDate(query.Field("pno_data_doc").asDateTime()))},
-                       {"rel", query.Field("pno_rel").asLong()},
-                       {"cli_for", query.Field("pno_cli_for").asLong()},
-                       {"nome", query.Field("nome").asString()},
-                       {"tot_doc", JsonAmount(query.Field("pno_tot_doc").asDouble())},
-                       {"dare", JsonAmount(query.Field("pno_dare").asDouble())},
-                       {"avere", JsonAmount(query.Field("pno_avere").asDouble())}});
-            continue;
-        }
-        const long protocol = query.Field("pno_prot").asLong();
-        table.AddRow({query.Field("pno_codice").asString(), FormatDate(day), query.Field("pno_des_cau").asString(),
-                      RegisterName(query.Field("pno_reg").asLong()), protocol == 0 ? "" : std::to_string(protocol),
-                      query.Field("pno_doc").asString(), query.Field("nome").asString(),
-                      FormatAmount(query.Field("pno_tot_doc").asDouble()),
-                      FormatAmount(query.Field("pno_dare").asDouble()),
-                      FormatAmount(query.Field("pno_avere").asDouble())});
+        table.AddRow(ListedAsCells(query));
         Print(table.Take());
     }
-    if (json)
-        json->Finish({{"totale", count}});
+    Print(table.Finish({"", "", fmt::format("{} movimenti", count), "", "", "", "", "", FormatAmount(FromCents(dare)),
+                        FormatAmount(FromCents(avere))}));
+}
+
+int List(Session *session, const ListOptions &options)
+{
+    const long first = ParseDateOption("--dal", options.from), last = ParseDateOption("--al", options.to);
+    session->OpenArchive();
+    SAConnection connection;
+    connection.Connect(lumera_db_target);
+    SACommand query(&connection, kListColumns + Condition(options) + " ORDER BY pno_data DESC, pno_codice DESC");
+    if (first != 0) query.Param("d_start").setAsDateTime(ToSqlDate(first));
+    if (last != 0) query.Param("d_stop").setAsDateTime(ToSqlDate(last));
+    if (options.section != 0) query.Param("codsez").setAsLong(options.section);
+    if (options.causale != 0) query.Param("codcac").setAsLong(options.causale);
+    query.Execute();
+    if (session->json)
+        ListAsJson(query);
     else
-        Print(table.Finish({"", "", fmt::format("{} movimenti", count), "", "", "", "", "",
-                            FormatAmount(FromCents(dare)), FormatAmount(FromCents(avere))}));
+        ListAsTable(query, session->Colours());
     return kExitDone;
 }
 
@@ -178,7 +196,8 @@ int Store(Session *session, const std::string &file)
     SACommand command(&connection);
     PNOTA entry = EntryFromJson(&command, text, session->user.Today());
     // The instalments are proposed before the entry has its number, so that the questions come before any write.
-    const std::optional<InstalmentProposal> instalments = ProposeInstalments(&command, entry);
+    std::string why_not;
+    const std::optional<InstalmentProposal> instalments = ProposeWholeInstalments(&command, entry, &why_not);
     if (instalments && !ConfirmTotal(instalments->rows, instalments->total))
         throw RefusedError("Scadenze non confermate.");
     long stored_instalments = 0;
@@ -189,15 +208,19 @@ int Store(Session *session, const std::string &file)
         };
     const StoreOutcome outcome = StoreEntry(&command, &entry, true, together);
     if (!outcome.stored) throw RefusedError(outcome.reason);
-    if (session->json)
-        PrintJson(nlohmann::json{{"codice", entry.pno_codice},
-                                 {"prot", entry.pno_prot},
-                                 {"tot_doc", JsonAmount(entry.pno_tot_doc)},
-                                 {"scadenze", stored_instalments}});
-    else
+    if (session->json) {
+        nlohmann::json json = {{"codice", entry.pno_codice},
+                               {"prot", entry.pno_prot},
+                               {"tot_doc", JsonAmount(entry.pno_tot_doc)},
+                               {"scadenze", stored_instalments}};
+        if (!why_not.empty()) json["avviso"] = why_not;
+        PrintJson(json);
+    } else {
         Print(fmt::format("Registrato il movimento {}{}, {} scadenze.\n", entry.pno_codice,
                           entry.pno_prot == 0 ? "" : fmt::format(" con protocollo {}", entry.pno_prot),
                           stored_instalments));
+        if (!why_not.empty()) Print(why_not + "\n");
+    }
     return kExitDone;
 }
 

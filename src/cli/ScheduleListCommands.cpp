@@ -99,8 +99,7 @@ int ListAsTable(SACommand *cmd, const ScheduleFilter &filter, bool colours)
         const bool customer = instalment.sca_relaz == kCustomer;
         sums[instalment.sca_relaz].Add(instalment, today);
         table.AddRow({FormatDate(instalment.sca_data), customer ? "C" : "F", std::to_string(instalment.sca_num),
-                      line.name, instalment.sca_fattura.str(),
-                      fmt::format("{}/{}", instalment.sca_rata, instalment.sca_rate),
+                      line.name, instalment.sca_fattura.str(), InstalmentOfInvoice(instalment),
                       FormatAmount(instalment.sca_importo),
                       instalment.sca_pagato == 0 ? "aperta"
                       : customer                 ? "incassata"

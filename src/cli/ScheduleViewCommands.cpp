@@ -5,6 +5,7 @@
 #include "schedule/AccountStatement.h"
 #include "schedule/Aging.h"
 #include "schedule/DueList.h"
+#include "schedule/ScheduleList.h"
 #include "sqlapi/SAConnection.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Numbers.h"
@@ -257,7 +258,7 @@ void PrintStatementTable(SACommand *cmd, const StatementFilter &filter, bool col
                  {"Saldo", kRight}},
                 colours);
     ForEachStatementLine(cmd, filter, [&](StatementLine &&line) {
-        table.AddRow({line.fattura, FormatDate(line.data_fattura), fmt::format("{}/{}", line.rata, line.rate),
+        table.AddRow({line.fattura, FormatDate(line.data_fattura), InstalmentOfInvoice(line.rata, line.rate),
                       FormatDate(line.data), line.days_late == 0 ? std::string() : std::to_string(line.days_late),
                       FormatAmount(line.importo), StatementStateName(line.state, filter.side),
                       FormatDate(line.data_pag), FormatAmount(line.open), FormatAmount(line.overdue),

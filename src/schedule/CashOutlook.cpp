@@ -13,19 +13,13 @@
 namespace {
 
 constexpr int kYearMonths = 12;
-constexpr const char *kMonthNames[] = {"gennaio", "febbraio", "marzo",     "aprile",  "maggio",   "giugno",
-                                       "luglio",  "agosto",   "settembre", "ottobre", "novembre", "dicembre"};
 
-std::string MonthName(long day)
+/// "marzo 2026", inside a sentence.
+std::string MonthInWords(long day)
 {
-    return fmt::format("{} {}", kMonthNames[Month(day) - 1], Year(day));
-}
-
-std::string Capitalised(std::string text)
-{
-    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z')
-        text.front() = static_cast<char>(text.front() - 32);
-    return text;
+    std::string words = MonthName(day);
+    words.front() = static_cast<char>(words.front() - 'A' + 'a');
+    return words;
 }
 
 long FirstOfMonth(long day, long months_later)
@@ -39,13 +33,13 @@ std::vector<CashPeriod> PeriodsFrom(long today, long months)
 {
     std::vector<CashPeriod> periods(static_cast<std::size_t>(months) + 2);
     const long first = FirstOfMonth(today, 0), end = FirstOfMonth(today, months);
-    periods.front() = {CashPeriod::Kind::Earlier, 0, first - 1, "Prima di " + MonthName(first), {}, {}, 0};
+    periods.front() = {CashPeriod::Kind::Earlier, 0, first - 1, "Prima di " + MonthInWords(first), {}, {}, 0};
     for (long month = 0; month < months; ++month) {
         const long begin = FirstOfMonth(today, month);
         periods[static_cast<std::size_t>(month) + 1] = {
-            CashPeriod::Kind::Month, begin, LastDayOfMonth(begin), Capitalised(MonthName(begin)), {}, {}, 0};
+            CashPeriod::Kind::Month, begin, LastDayOfMonth(begin), MonthName(begin), {}, {}, 0};
     }
-    periods.back() = {CashPeriod::Kind::Later, end, 0, "Dopo " + MonthName(end - 1), {}, {}, 0};
+    periods.back() = {CashPeriod::Kind::Later, end, 0, "Dopo " + MonthInWords(end - 1), {}, {}, 0};
     return periods;
 }
 

@@ -13,13 +13,6 @@
 namespace {
 
 constexpr long kWeekDays = 7, kYearMonths = 12;
-constexpr const char *kMonths[] = {"Gennaio", "Febbraio", "Marzo",     "Aprile",  "Maggio",   "Giugno",
-                                   "Luglio",  "Agosto",   "Settembre", "Ottobre", "Novembre", "Dicembre"};
-
-std::string MonthName(long day)
-{
-    return fmt::format("{} {}", kMonths[Month(day) - 1], Year(day));
-}
 
 /// The week belongs to the year in which its Thursday falls.
 std::string WeekName(long monday)

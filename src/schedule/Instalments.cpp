@@ -1,5 +1,6 @@
 #include "schedule/Instalments.h"
 
+#include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvolumera/JournalTotals.h"
@@ -108,6 +109,15 @@ std::optional<InstalmentProposal> ProposeInstalments(SACommand *cmd, const PNOTA
     return proposal;
 }
 
+std::optional<InstalmentProposal> ProposeWholeInstalments(SACommand *cmd, const PNOTA &entry, std::string *why_not)
+{
+    why_not->clear();
+    std::optional<InstalmentProposal> proposal = ProposeInstalments(cmd, entry);
+    if (!proposal || proposal->notice.empty()) return proposal;
+    *why_not = proposal->notice + " Nessuna scadenza generata.";
+    return std::nullopt;
+}
+
 bool ConfirmTotal(std::span<const Instalment> rows, double total)
 {
     if (fmt::format("{:.2f}", std::fabs(TotalOf(rows))) == fmt::format("{:.2f}", std::fabs(total))) return true;
@@ -142,7 +152,9 @@ long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentPropos
         ++record.sca_rata;
         record.sca_ultima = row.due_day == latest ? 1 : 0;
         record.sca_non_ultima = 1 - record.sca_ultima;
-        sqlsca.SqlTransaction(scope.get(), kInsert, &record);
+        record.sca_anno = Year(record.sca_data);
+        sqlsca.CTable::SqlTransaction(scope.get(), kInsert, &record);
+        ++record.sca_num; // the series is ours until the commit: one question for the number serves all rows
     }
     transaction.Commit();
     return count;
@@ -152,12 +164,10 @@ long GenerateInstalments(SACommand *cmd, const PNOTA &entry)
 {
     CommandScope scope(cmd);
     if (sqlsca.CountOf(scope.get(), entry.pno_codice) > 0) return 0;
-    const std::optional<InstalmentProposal> proposal = ProposeInstalments(scope.get(), entry);
+    std::string why_not;
+    const std::optional<InstalmentProposal> proposal = ProposeWholeInstalments(scope.get(), entry, &why_not);
+    if (!why_not.empty()) AfxMessageBox(why_not, MB_OK | MB_ICONEXCLAMATION);
     if (!proposal) return 0;
-    if (!proposal->notice.empty()) {
-        AfxMessageBox(proposal->notice, MB_OK | MB_ICONEXCLAMATION);
-        return 0;
-    }
     if (!ConfirmTotal(proposal->rows, proposal->total)) return 0;
     return StoreInstalments(scope.get(), entry, *proposal);
 }

@@ -25,6 +25,11 @@ struct InstalmentProposal {
 /// more instalments than the grid has rows, or whose dates cannot be found, give a proposal without them and a notice.
 std::optional<InstalmentProposal> ProposeInstalments(SACommand *cmd, const PNOTA &entry);
 
+/// The same for who stores without showing the proposal: only a whole one, since one with a notice would be stored in
+/// part or not at all. Why there is none is told in *why_not, an Italian sentence; empty when nothing is to be
+/// generated.
+std::optional<InstalmentProposal> ProposeWholeInstalments(SACommand *cmd, const PNOTA &entry, std::string *why_not);
+
 /// Asks whether to go on when the rows do not add up to the document total; beeps before. No transaction may be open.
 /// @return false = back to the grid
 bool ConfirmTotal(std::span<const Instalment> rows, double total);

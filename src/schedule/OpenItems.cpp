@@ -11,6 +11,13 @@ std::string CentsText(const std::string &condition)
                        condition);
 }
 
+std::string MonthName(long day)
+{
+    constexpr const char *kMonths[] = {"Gennaio", "Febbraio", "Marzo",     "Aprile",  "Maggio",   "Giugno",
+                                       "Luglio",  "Agosto",   "Settembre", "Ottobre", "Novembre", "Dicembre"};
+    return fmt::format("{} {}", kMonths[Month(day) - 1], Year(day));
+}
+
 std::string FormulaDate(long day)
 {
     return fmt::format("Date({},{},{})", Year(day), Month(day), Day(day));

@@ -20,5 +20,8 @@ inline constexpr const char *kNameText = "CASE sca_relaz WHEN 0 THEN cli_desc EL
 inline constexpr const char *kNameJoins = " LEFT JOIN admin.clienti1 ON cli_codice = sca_cliente"
                                           " LEFT JOIN admin.fornito1 ON for_codice = sca_fornitore";
 
+/// "Marzo 2026", the month in which a day falls.
+std::string MonthName(long day);
+
 /// "Date(2026,3,15)" of a selection formula.
 std::string FormulaDate(long day);

@@ -18,7 +18,6 @@ std::string TownOf(std::string_view town, std::string_view province)
 
 std::string CausaleOf(const SCADENZE &record)
 {
-    if (record.sca_fattura.empty()) return record.sca_desc.str();
     if (record.sca_data_fattura == 0)
         return fmt::sprintf("%-s N. %-s", record.sca_desc.str(), record.sca_fattura.str());
     int day = 0, month = 0, year = 0;

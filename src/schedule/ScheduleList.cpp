@@ -37,7 +37,12 @@ bool IsOverdue(const SCADENZE &instalment, long today)
 
 std::string InstalmentOfInvoice(const SCADENZE &instalment)
 {
-    return instalment.sca_rate == 0 ? std::string() : fmt::format("{}/{}", instalment.sca_rata, instalment.sca_rate);
+    return InstalmentOfInvoice(instalment.sca_rata, instalment.sca_rate);
+}
+
+std::string InstalmentOfInvoice(long rata, long rate)
+{
+    return rate == 0 ? std::string() : fmt::format("{}/{}", rata, rate);
 }
 
 void ScheduleSums::Add(const SCADENZE &instalment, long today)

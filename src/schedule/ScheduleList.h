@@ -45,6 +45,7 @@ struct ScheduleSums {
 bool IsOverdue(const SCADENZE &instalment, long today);
 /// Which of its invoice's instalments it is: "2/3"; empty for one entered by hand.
 std::string InstalmentOfInvoice(const SCADENZE &instalment);
+std::string InstalmentOfInvoice(long rata, long rate);
 
 /// The words of a state, as a side has them: "NON PAGATE" (suppliers), "DA INCASSARE" (customers).
 const char *StateWords(long relaz, long state);

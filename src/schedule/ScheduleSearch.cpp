@@ -17,19 +17,21 @@ std::string Literal(std::string_view text)
 
 std::string ConditionOf(const ScheduleSearchValue &value)
 {
+    std::string where = " WHERE sca_relaz = :rel";
+    if (value.codsez != 0) where += " AND sca_sez = :codsez";
     const std::string from = value.data != 0 ? " AND sca_data >= :data" : "";
     switch (value.key) {
     case kByInstalment:
-        return " WHERE sca_relaz = :rel AND sca_num >= :num ORDER BY sca_num";
+        return where + " AND sca_num >= :num ORDER BY sca_num";
     case kByDueDate:
-        return " WHERE sca_relaz = :rel" + from + " ORDER BY sca_data, sca_num";
+        return where + from + " ORDER BY sca_data, sca_num";
     case kByInvoice:
-        return " WHERE sca_relaz = :rel AND UPPER(sca_fattura) LIKE UPPER(:fattura) ESCAPE '\\'"
-               " ORDER BY sca_fattura, sca_data, sca_num";
+        return where + " AND UPPER(sca_fattura) LIKE UPPER(:fattura) ESCAPE '\\'"
+                       " ORDER BY sca_fattura, sca_data, sca_num";
     case kByCounterpartOfInstalment:
         break;
     }
-    return " WHERE sca_relaz = :rel AND sca_cli_for = :codclf" + from + " ORDER BY sca_data, sca_num";
+    return where + " AND sca_cli_for = :codclf" + from + " ORDER BY sca_data, sca_num";
 }
 
 } // namespace
@@ -39,6 +41,7 @@ std::vector<ScheduleLine> SearchSchedule(SACommand *cmd, const ScheduleSearchVal
     SACommand query(cmd->Connection(), ScheduleLineQuery() + ConditionOf(value) + " LIMIT :quante");
     query.Param("rel").setAsLong(value.relaz);
     query.Param("quante").setAsLong(static_cast<long>(most));
+    if (value.codsez != 0) query.Param("codsez").setAsLong(value.codsez);
     if (value.key == kByInstalment) query.Param("num").setAsLong(value.codice);
     if (value.key == kByInvoice) query.Param("fattura").setAsString(Literal(value.fattura) + "%");
     if (value.key == kByCounterpartOfInstalment) query.Param("codclf").setAsLong(value.codice);

@@ -14,6 +14,7 @@ struct ScheduleSearchValue {
     long codice = 0;        ///< number of the instalment, or customer or supplier
     long data = 0;          ///< due date to begin with, day number; 0 = from the first
     Text<20> fattura;       ///< beginning of the invoice number, whatever the case; empty = any
+    long codsez = 0;        ///< VAT section, 0 = all of them
 };
 
 /// The instalments from the value on, in the order of the key: by number; by due date; by invoice number; those of one

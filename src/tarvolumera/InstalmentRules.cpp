@@ -74,15 +74,15 @@ long StartDay(const PAGAMENTI &terms, const StartDates &dates)
     return 0;
 }
 
+int MonthOfName(std::string_view name)
+{
+    const auto *found = std::find(kMonths.begin(), kMonths.end(), name);
+    return found == kMonths.end() ? 0 : static_cast<int>(found - kMonths.begin()) + 1;
+}
+
 std::array<int, 3> ExcludedMonths(const PAGAMENTI &terms)
 {
-    std::array<int, 3> months{};
-    const std::array<std::string_view, 3> names = {terms.pag_mese_esc_1, terms.pag_mese_esc_2, terms.pag_mese_esc_3};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const auto *found = std::find(kMonths.begin(), kMonths.end(), names[i]);
-        if (found != kMonths.end()) months[i] = static_cast<int>(found - kMonths.begin()) + 1;
-    }
-    return months;
+    return {MonthOfName(terms.pag_mese_esc_1), MonthOfName(terms.pag_mese_esc_2), MonthOfName(terms.pag_mese_esc_3)};
 }
 
 std::vector<double> SplitTotal(const PAGAMENTI &terms, double total, double vat)

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <span>
+#include <string_view>
 #include <vector>
 
 // From terms, dates and totals to due dates and amounts: pure rules, no archive.
@@ -31,6 +32,9 @@ long InstalmentCount(const PAGAMENTI &terms);
 /// Where the terms start counting, initial days added. 0 when the start rule is none of the three known texts or there
 /// is no date to count from: the user then types the dates.
 long StartDay(const PAGAMENTI &terms, const StartDates &dates);
+
+/// The number (1 to 12) of "GENNAIO" ... "DICEMBRE", in capitals and without blanks; 0 for any other text.
+int MonthOfName(std::string_view name);
 
 /// The months (1 to 12) in which nothing falls due; 0 where a name matches no month.
 std::array<int, 3> ExcludedMonths(const PAGAMENTI &terms);

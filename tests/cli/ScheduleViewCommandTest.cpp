@@ -89,7 +89,10 @@ TEST_P(ScheduleViewCommandTest, FilesAreWrittenInsteadOfTheList)
     };
     EXPECT_THAT(csv({"scadenzario", "--al", "2026-06-30"}), HasSubstr("07/06/2026;C;1;Edilnova Cordevasco S.r.l.;A2"));
     EXPECT_THAT(csv({"anzianita", "--clienti"}), HasSubstr(";91-120 gg;oltre 120 gg;Scaduto;Totale\r\n"));
-    EXPECT_THAT(csv({"estratto-conto", "--cliente", "1", "--tutte"}), HasSubstr("30/04/2026;10;90,00;10/05/2026;"));
+    EXPECT_THAT(csv({"estratto-conto", "--cliente", "1", "--tutte"}),
+                testing::AllOf(HasSubstr("Codice;Nome;Fattura;"),
+                               HasSubstr("\r\n1;Edilnova Cordevasco S.r.l.;A0;"), // whose it is, in each row
+                               HasSubstr("30/04/2026;10;90,00;10/05/2026;")));
     const std::filesystem::path pdf = Folder() / "estratto.pdf";
     EXPECT_EQ(Lumera({"scadenze", "estratto-conto", "--cliente", "1", "--pdf", pdf.string()}).code, kExitDone);
     EXPECT_THAT(ReadWholeFile(pdf, 10'000'000), testing::StartsWith("%PDF"));

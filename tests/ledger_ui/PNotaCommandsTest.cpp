@@ -132,8 +132,10 @@ TEST_P(PNotaCommandsTest, ExportedEntryIsMarkedByTheMenuAndWarnsWhenChanged)
     CPNota editor(nullptr, nullptr);
     OpenOn(&editor, 1);
     ChooseIntegration("e");
+    ComeBack(&editor);
     EXPECT_EQ(Value("SELECT pno_trasf FROM admin.pnota1"), "1") << "at once";
     ChooseIntegration("v");
+    ComeBack(&editor);
     EXPECT_EQ(Value("SELECT pno_verifica FROM admin.pnota1"), "1");
     EXPECT_FALSE(editor.IsChanged());
     const std::string warning = "Attenzione!\n\nIl movimento risulta esportato al consulente.\nPrendere nota delle "
@@ -145,6 +147,7 @@ TEST_P(PNotaCommandsTest, ExportedEntryIsMarkedByTheMenuAndWarnsWhenChanged)
     EXPECT_EQ(user_.beeps, 1);
     EXPECT_EQ(Value("SELECT pno_doc FROM admin.pnota1"), "46") << "information only";
     ChooseIntegration("e");
+    ComeBack(&editor);
     EXPECT_EQ(Value("SELECT pno_trasf FROM admin.pnota1"), "0");
 }
 

@@ -84,6 +84,7 @@ TEST_P(AccountStatementTest, LetterSaysWhatTheListSays)
     EXPECT_THAT(printed.pages[0], testing::IsSupersetOf({"Officine Però S.r.l.", "Via dei Mille, 7",
                                                          "20121 Milano (MI)", "Scadenze al 01/03/2028"}));
     EXPECT_THAT(printed.LinesWith("F1|").at(0), HasSubstr("2/3|21/01/2028|100,00|16/01/2028|400,10")) << "in time";
+    EXPECT_THAT(printed.LinesWith("F1|").at(0), testing::StartsWith("F1|")) << "whose it is stands in the head";
     EXPECT_THAT(printed.LinesWith("F2|").at(0), HasSubstr("|3|200,00|03/02/2028|400,10"));
     EXPECT_THAT(printed.LinesWith("F3|").at(0), HasSubstr("|20|300,00|in distinta|700,10"));
     EXPECT_THAT(printed.LinesWith("F4|").at(0), HasSubstr("|01/03/2027|366|400,10|400,10"));

@@ -173,7 +173,7 @@ TEST_P(GenerationTest, WhatHasToBeTypedIsToldAndNotHalfStored)
     sqlpno.SqlTransaction(Cmd(), kInsert, &entry);
     for (const auto &one : cases) {
         PutTerms(Terms(one.terms));
-        user_.Expect(one.notice);
+        user_.Expect(std::string(one.notice) + " Nessuna scadenza generata.");
         EXPECT_EQ(GenerateInstalments(Cmd(), entry), 0);
     }
     EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.scadenze"), "0");

@@ -327,6 +327,9 @@ TEST_P(InstalmentEditingTest, SlipSaysWhatIsPaidAndByWhom)
     slip = PostalSlipOf(Cmd(), record);
     EXPECT_EQ(slip.importo_cifre + "," + slip.decimali_cifre + " " + slip.importo_lettere, "100,00 cento/00");
     EXPECT_EQ(slip.causale, "INCASSO FATTURA VENDITA N. 12/B");
+    record.sca_fattura = "";
+    record.sca_data_fattura = DateToJulian(5, 2, 2026);
+    EXPECT_EQ(PostalSlipOf(Cmd(), record).causale, "INCASSO FATTURA VENDITA N.  DEL 05/02/2026");
 
     record = Typed(kSupplier);
     record.sca_importo = 0.29;

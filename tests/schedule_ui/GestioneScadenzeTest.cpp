@@ -118,7 +118,7 @@ class GestioneScadenzeTest : public ArchiveTest {
                 if (pixel.red() > pixel.green() + 80 && pixel.red() > pixel.blue() + 80) return 'r';
                 darkest = std::min(darkest, pixel.lightness());
             }
-        return darkest > 90 ? 'g' : 't';
+        return darkest > 60 ? 'g' : 't';
     }
 };
 

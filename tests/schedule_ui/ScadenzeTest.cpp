@@ -2,6 +2,7 @@
 
 #include "tarvodlg/print/Crystal.h"
 #include "tarvodlg/widgets/Fields.h"
+#include "tarvodlg/widgets/SpreadSheet.h"
 #include "tests/schedule/EditingFixture.h"
 #include "tests/tables_ui/TablesWindowTest.h"
 
@@ -219,6 +220,36 @@ TEST_P(ScadenzeTest, BrowsesAndFindsByNumber)
     user_.Expect("Le modifiche non salvate andranno perse!\n\nVuoi Continuare ?", IDNO);
     keys::Press(Qt::Key_PageUp);
     EXPECT_EQ(TextOf(editor, "Numero"), "3");
+    editor.SetChanged(false);
+}
+
+TEST_P(ScadenzeTest, SearchListsThoseOfTheSectionAndBringsTheChosenOne)
+{
+    Stored(kCustomer, [](SCADENZE &r) { r.sca_sez = 1; });
+    Stored(kCustomer, [](SCADENZE &r) { r.sca_sez = 9; });
+    Stored(kCustomer, [](SCADENZE &r) { r.sca_sez = 1; });
+    CScadenze editor(nullptr);
+    editor.m_sez = 1;
+    Open(editor, kCustomer, 1);
+    const auto choose = [&editor] {
+        keys::WhenNextWindowOpens([](QWidget *search) {
+            auto *grid = search->findChild<CSpreadSheet *>();
+            ASSERT_NE(grid, nullptr);
+            grid->setFocus();
+            EXPECT_EQ(grid->RowCount(), 2) << "that of the other section is not listed";
+            grid->SetActiveCell(2, 1);
+            keys::Press(Qt::Key_Return);
+        });
+        keys::Press(Qt::Key_F5);
+        keys::Open(&editor);
+    };
+    choose();
+    EXPECT_EQ(editor.m_scadenza.sca_num, 3);
+    BackTo("Importo");
+    keys::Type("5");
+    user_.Expect("Le modifiche non salvate andranno perse!\n\nVuoi Continuare ?", IDNO);
+    choose();
+    EXPECT_EQ(TextOf(editor, "Importo"), "5");
     editor.SetChanged(false);
 }
 

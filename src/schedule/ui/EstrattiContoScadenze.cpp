@@ -2,10 +2,10 @@
 
 #include "schedule/ui/CounterpartLookup.h"
 #include "schedule/ui/Scadenze.h"
+#include "schedule/ui/ScheduleGrid.h"
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvodlg/widgets/FormBuilder.h"
-#include "tarvodlg/widgets/Theme.h"
 #include "tarvolumera/Counterparts.h"
 
 #include <fmt/format.h>
@@ -39,7 +39,7 @@ void ShowLine(CSpreadSheet *grid, long row, const StatementLine &line, short sid
     grid->SetText(row, kName, line.name);
     grid->SetText(row, kInvoice, line.fattura);
     grid->SetLong(row, kInvoiceDate, line.data_fattura);
-    grid->SetText(row, kPart, line.rate > 0 ? fmt::format("{}/{}", line.rata, line.rate) : std::string());
+    grid->SetText(row, kPart, InstalmentOfInvoice(line.rata, line.rate));
     grid->SetLong(row, kDue, line.data);
     grid->SetLong(row, kLate, line.days_late);
     grid->SetNumber(row, kAmount, line.importo);
@@ -48,7 +48,7 @@ void ShowLine(CSpreadSheet *grid, long row, const StatementLine &line, short sid
     grid->SetNumber(row, kOpen, line.open);
     grid->SetNumber(row, kOverdue, line.overdue);
     grid->SetNumber(row, kBalance, line.balance);
-    grid->SetRowColor(row, line.overdue != 0 ? Readable(QColor(192, 0, 0)) : QColor());
+    grid->SetRowColor(row, line.overdue != 0 ? OverdueColour() : QColor());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "schedule/ui/GenScadenze.h"
 
+#include "schedule/ui/ScheduleGrid.h"
 #include "tables/ui/Lookups.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Dbisam.h"
@@ -183,7 +184,7 @@ void CGenScadenze::ShowDifference()
                                : rest > 0 ? ToQt(amount + " in meno del documento")
                                           : ToQt(amount + " in più del documento"));
     QPalette colours = palette();
-    if (rest != 0) colours.setColor(QPalette::WindowText, Readable(QColor(192, 0, 0)));
+    if (rest != 0) colours.setColor(QPalette::WindowText, OverdueColour());
     form_->difference->setPalette(colours);
 
     SetStatus(ToQt(LeftOutText(rows, rest == 0)));

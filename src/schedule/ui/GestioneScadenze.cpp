@@ -12,7 +12,6 @@
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvodlg/widgets/FormBuilder.h"
-#include "tarvodlg/widgets/Theme.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -262,7 +261,7 @@ void CGestioneScadenze::ShowSums()
     show(list_->overdue, sums.overdue);
     show(list_->paid, sums.paid);
     QPalette palette = list_->total.amount->palette();
-    if (sums.overdue != 0) palette.setColor(QPalette::WindowText, Readable(QColor(168, 52, 36)));
+    if (sums.overdue != 0) palette.setColor(QPalette::WindowText, OverdueColour());
     list_->overdue.amount->setPalette(palette);
 
     const QString number = QLocale(QLocale::Italian, QLocale::Italy).toString(static_cast<qlonglong>(sums.count));

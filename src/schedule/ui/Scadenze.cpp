@@ -3,6 +3,7 @@
 
 #include "schedule/InstalmentEditing.h"
 #include "schedule/PostalSlip.h"
+#include "schedule/ui/ScadenzeCerca.h"
 #include "schedule/ui/ScadenzeForm.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Dbisam.h"
@@ -244,6 +245,15 @@ bool CScadenze::Reload()
     return true;
 }
 
+void CScadenze::OnRecordCerca()
+{
+    CScadenzeCerca search(m_relaz, this, m_sez);
+    SCADENZE found;
+    if (search.DoModal() != IDOK || !ConfirmDiscard()) return;
+    if (sqlsca.Search(nullptr, m_relaz, search.m_num, &found)) return ShowRecord(found, false);
+    AfxMessageBox(fmt::format("La scadenza n. {} non esiste più.", search.m_num), MB_OK | MB_ICONERROR);
+}
+
 void CScadenze::GoTo(bool forward)
 {
     if (!ConfirmDiscard()) return;
@@ -317,6 +327,8 @@ class SplitDialog : public CTarvoDialog {
         if (outcome.done) return EndDialog(IDOK);
         SetFocusTo(part_);
     }
+
+    void OnCancel() override { EndDialog(IDCANCEL); } // one amount and a date are soon typed again
 
   private:
     void ShowRest()

@@ -38,6 +38,7 @@ class CScadenze : public CTarvoRecordDialog {
     void OnRecordSalva() override;
     void OnRecordElimina() override;
     void OnRecordAnnulla() override;
+    void OnRecordCerca() override; ///< lists instalments to choose another one from, within m_sez
     void OnRecordPrec() override { GoTo(false); }
     void OnRecordSucc() override { GoTo(true); }
     void OnUpdateRecordApri(CCmdUI *command) override;

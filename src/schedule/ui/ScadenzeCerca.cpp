@@ -22,12 +22,14 @@ struct CScadenzeCerca::Form {
     CSpreadSheet *grid = nullptr;
 };
 
-CScadenzeCerca::CScadenzeCerca(short relaz, CWnd *parent) : CTarvoDialog(parent), form_(std::make_unique<Form>())
+CScadenzeCerca::CScadenzeCerca(short relaz, CWnd *parent, long section)
+    : CTarvoDialog(parent), form_(std::make_unique<Form>())
 {
     setWindowTitle(relaz == kCustomer ? QStringLiteral("Cerca Scadenze Clienti")
                                       : QStringLiteral("Cerca Scadenze Fornitori"));
     setWindowFlag(Qt::WindowMaximizeButtonHint);
     form_->value.relaz = relaz;
+    form_->value.codsez = section;
     BuildFields();
     AddCommand({.caption = "F2 - &OK",
                 .tooltip = "Sceglie la scadenza evidenziata (anche Invio)",

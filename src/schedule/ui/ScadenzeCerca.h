@@ -9,7 +9,8 @@
 /// Keys: Enter goes from a field to the list and chooses the instalment there; Tab goes on to the next field.
 class CScadenzeCerca : public CTarvoDialog {
   public:
-    CScadenzeCerca(short relaz, CWnd *parent);
+    /// @param section  VAT section that the search stays in, 0 = all of them
+    CScadenzeCerca(short relaz, CWnd *parent, long section = 0);
     ~CScadenzeCerca() override;
 
     long m_num = 0; ///< the chosen instalment, after IDOK

@@ -94,12 +94,13 @@ void CScadenze::AddCommands()
 {
     using enum RecordCommand;
     const bool customer = m_relaz == kCustomer;
-    UseCommands({Nuovo, Apri, Salva, Elimina, Annulla, Prec, Succ});
+    UseCommands({Nuovo, Apri, Salva, Elimina, Annulla, Cerca, Prec, Succ});
     SetCommandCaption(Nuovo, "F3 - Nuova", "Comincia una nuova scadenza");
     SetCommandCaption(Apri, "Movimento", "Apre il movimento di prima nota che ha generato la scadenza");
     SetCommandCaption(Salva, "F2 - &Salva", "Registra la scadenza");
     SetCommandCaption(Elimina, "F6 - &Elimina", "Elimina la scadenza");
     SetCommandCaption(Annulla, "&Ricarica", "Rilegge la scadenza dall'archivio");
+    SetCommandCaption(Cerca, "F5 - Cerca", "Cerca una scadenza per numero, data, fattura o intestatario");
     SetCommandCaption(Prec, "Precedente", "Scadenza precedente");
     SetCommandCaption(Succ, "Successiva", "Scadenza successiva");
     AddToolbarCommand(

@@ -1,12 +1,12 @@
 #include "schedule/ui/ScadenzeSt.h"
 
 #include "schedule/ui/Scadenze.h"
+#include "schedule/ui/ScheduleGrid.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/widgets/FormBuilder.h"
-#include "tarvodlg/widgets/Theme.h"
 #include "tarvolumera/Counterparts.h"
 
 #include <QBoxLayout>
@@ -16,7 +16,7 @@ namespace {
 
 using Type = CSpreadSheet::Type;
 
-enum Side : long { kBothSides = 0, kOnlyCustomers, kOnlySuppliers };
+enum Side : long { kCustomersAndSuppliers = 0, kOnlyCustomers, kOnlySuppliers };
 enum Period : long { kName = 1, kFrom, kTo, kCount, kCollect, kPay, kBalance, kRunning };
 enum Line : long {
     kDue = 1,
@@ -49,11 +49,11 @@ void ShowLine(CSpreadSheet *grid, long row, const DueLine &line, long today)
     grid->SetText(row, kCounterpart, line.nome);
     grid->SetText(row, kInvoice, line.fattura);
     grid->SetLong(row, kInvoiceDate, line.data_fattura);
-    grid->SetText(row, kPart, line.rate > 0 ? fmt::format("{}/{}", line.rata, line.rate) : std::string());
+    grid->SetText(row, kPart, InstalmentOfInvoice(line.rata, line.rate));
     grid->SetText(row, kDescription, line.desc);
     grid->SetNumber(row, is_customer ? kToCollect : kToPay, line.importo);
     grid->ClearCell(row, is_customer ? kToPay : kToCollect);
-    grid->SetRowColor(row, line.data < today ? Readable(QColor(192, 0, 0)) : QColor());
+    grid->SetRowColor(row, line.data < today ? OverdueColour() : QColor());
 }
 
 void ShowGroup(CSpreadSheet *grid, long row, const DueGroup &group)
@@ -67,13 +67,13 @@ void ShowGroup(CSpreadSheet *grid, long row, const DueGroup &group)
     grid->SetNumber(row, kPay, FromCents(group.pay));
     grid->SetNumber(row, kBalance, FromCents(group.Balance()));
     grid->SetNumber(row, kRunning, FromCents(group.running));
-    grid->SetRowColor(row, group.number == 0 ? Readable(QColor(192, 0, 0)) : QColor());
+    grid->SetRowColor(row, group.number == 0 ? OverdueColour() : QColor());
 }
 
 } // namespace
 
 struct CScadenzeSt::Form {
-    long d_start = 0, d_stop = 0, length = static_cast<long>(DueLength::Week), side = kBothSides;
+    long d_start = 0, d_stop = 0, length = static_cast<long>(DueLength::Week), side = kCustomersAndSuppliers;
     CDateField *d_stop_field = nullptr;
     CSpreadSheet *periods = nullptr;
     std::vector<DueGroup> groups;
@@ -101,7 +101,7 @@ void CScadenzeSt::BuildFilters()
                                   {{static_cast<long>(DueLength::Week), QStringLiteral("Settimana")},
                                    {static_cast<long>(DueLength::Month), QStringLiteral("Mese")}}));
     ReloadOn(form.Beside().Choice(QStringLiteral("&Scadenze di"), form_->side,
-                                  {{kBothSides, QStringLiteral("Clienti e fornitori")},
+                                  {{kCustomersAndSuppliers, QStringLiteral("Clienti e fornitori")},
                                    {kOnlyCustomers, QStringLiteral("Clienti")},
                                    {kOnlySuppliers, QStringLiteral("Fornitori")}}));
 }
@@ -152,6 +152,7 @@ void CScadenzeSt::BuildGrid()
     columns[kDescription - 1].stretch = true;
     Spread()->SetColumns(std::move(columns));
     Spread()->ShowSums(true);
+    Spread()->SetFootText(kCounterpart, QStringLiteral("Totale"));
 }
 
 bool CScadenzeSt::OnInitDialog()

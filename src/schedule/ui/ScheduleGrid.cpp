@@ -1,7 +1,5 @@
 #include "schedule/ui/ScheduleGrid.h"
 
-#include "tarvodlg/widgets/Theme.h"
-
 #include <QApplication>
 
 std::vector<CSpreadSheet::Column> ScheduleColumns()
@@ -40,7 +38,12 @@ QColor Receding()
 
 } // namespace
 
-ScheduleColours::ScheduleColours() : overdue_(Readable(QColor(168, 52, 36))), paid_(Receding()), open_() {}
+QColor OverdueColour()
+{
+    return QApplication::palette().color(QPalette::BrightText);
+}
+
+ScheduleColours::ScheduleColours() : overdue_(OverdueColour()), paid_(Receding()), open_() {}
 
 const QColor &ScheduleColours::Of(const SCADENZE &instalment, long today) const
 {

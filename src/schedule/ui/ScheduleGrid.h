@@ -27,6 +27,9 @@ enum ScheduleColumn : long {
 
 std::vector<CSpreadSheet::Column> ScheduleColumns();
 
+/// What is overdue, and a total that does not agree: the theme's own warning red, the same in all these windows.
+QColor OverdueColour();
+
 /// Of the rows, made once for a whole list: what is readable depends on the theme and takes its time.
 class ScheduleColours {
   public:

@@ -59,7 +59,7 @@ CPagamenti::CPagamenti(CWnd *parent) : CTableEditor("pagamenti", parent)
     form.Section("Giorni e mesi");
     Field("pag_gg_fisso_1", form.Number("Giorni &fissi del mese", m_record.pag_gg_fisso_1, 0, 31));
     Field("pag_gg_fisso_2", form.Beside().Number("e", m_record.pag_gg_fisso_2, 0, 31));
-    form.Beside().Hint("31 = ultimo giorno");
+    form.Beside().Info({})->setText("31 = ultimo giorno");
     Field("pag_mese_esc_1", form.Choice("&Mesi esclusi", m_record.pag_mese_esc_1, Months()));
     Field("pag_mese_esc_2", form.Beside().Choice("", m_record.pag_mese_esc_2, Months()));
     Field("pag_mese_esc_3", form.Beside().Choice("", m_record.pag_mese_esc_3, Months()));

@@ -46,7 +46,8 @@ void BandComposer::Compose(const ReportBand &band, const BandSource &source, Ban
     if (!Holds(band.when, columns_, source.row, *parameters_, source.place)) return;
     picture->height = band.height;
     for (const ReportItem &item : band.items)
-        if (Holds(item.when, columns_, source.row, *parameters_, source.place)) PutItem(item, source, picture);
+        if (item.title.empty() && Holds(item.when, columns_, source.row, *parameters_, source.place))
+            PutItem(item, source, picture);
     std::sort(picture->cuts.begin(), picture->cuts.end());
 }
 

@@ -21,7 +21,7 @@ struct ItemRule {
 
 constexpr ItemRule kRules[] = {
     {"text", ItemKind::Text, true, "", nullptr},
-    {"field", ItemKind::Field, true, "of format", "of"},
+    {"field", ItemKind::Field, true, "of format title", "of"},
     {"param", ItemKind::Param, true, "name format", "name"},
     {"page", ItemKind::Page, true, "", nullptr},
     {"sum", ItemKind::Sum, true, "of format", "of"},
@@ -71,6 +71,7 @@ void CheckBand(const LayoutElement &element, const ReportBand &band, const Repor
     const bool is_page_band = band.kind == BandKind::PageHeader || band.kind == BandKind::PageFooter;
     if (item.kind == ItemKind::Subreport && is_page_band)
         element.Fail("un sotto-report non sta nella testata o nel piede della pagina");
+    if (!item.title.empty() && band.kind != BandKind::Detail) element.Fail("title", "sta solo nei campi del dettaglio");
 }
 
 /// "Parameter=column,Parameter=?Parameter"
@@ -173,6 +174,7 @@ ReportItem ReadItem(const LayoutScope &scope, const ReportBand &band, pugi::xml_
     item.when = ReadWhen(scope, element);
     if (rule->of != nullptr) item.text = element.Name(rule->of);
     item.link = element.Text("link");
+    item.title = element.Text("title");
     if (item.kind == ItemKind::Text) item.text = LayoutXml::TextOf(node);
     if (item.kind == ItemKind::Box || item.kind == ItemKind::Image) element.Required("h");
 

@@ -45,6 +45,10 @@
 // format= of numbers: "0", "0,00" (thousands points, comma), "0,00z" (zero prints empty), of dates "date"; of any
 // number "code". when= is a formula over {row.column} and {?parameter}. A text wider than its w is cut with "…", or
 // goes on to further lines with wrap="yes" (the band grows). A number is never cut: it gets smaller letters.
+//
+// The fields of the details are also the columns of CSV and XLSX, under the words that stand above them on paper. What
+// paper says elsewhere, in the address of a letter, a sheet needs in each row: a field with title="Codice" is in it
+// only.
 
 enum class BandKind { ReportHeader, PageHeader, GroupHeader, Detail, GroupFooter, ReportFooter, PageFooter };
 enum class ItemKind { Text, Field, Param, Page, Sum, Count, Running, Line, Box, Image, Subreport };
@@ -59,7 +63,8 @@ struct ReportItem {
     ItemKind kind = ItemKind::Text;
     double x = 0, y = 0, w = 0, h = 0; ///< mm; w 0 = to the right margin
     std::string text;                  ///< words, or name of column, parameter, sub-report
-    std::string link;                  ///< of a sub-report: "Parameter=column,Parameter=?Parameter"
+    std::string title; ///< of a field that is no item of the page but a column of CSV and XLSX; or empty
+    std::string link;  ///< of a sub-report: "Parameter=column,Parameter=?Parameter"
     ItemAlign align = ItemAlign::Left;
     bool bold = false, italic = false, wrap = false;
     double size = 0;   ///< points; 0 = the report's

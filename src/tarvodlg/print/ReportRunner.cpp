@@ -84,9 +84,11 @@ double RightEnd(const ReportItem &item)
     return item.w > 0 ? item.x + item.w : kRightMargin;
 }
 
-/// The words of the page header that stand above the field: those that share most of its width, the lowest of them.
-std::string TitleAbove(const ReportLayout &layout, const ReportItem &field)
+/// The field's own title, or the words of the page header that stand above it: those that share most of its width, the
+/// lowest of them.
+std::string TitleOf(const ReportLayout &layout, const ReportItem &field)
 {
+    if (!field.title.empty()) return field.title;
     const ReportBand *header = layout.Band(BandKind::PageHeader);
     if (header == nullptr) return field.text;
     const ReportItem *best = nullptr;
@@ -152,7 +154,7 @@ ReportResult RunReportRows(SACommand *cmd, const ReportRequest &request,
     for (const RowField &field : fields) {
         RequireColumns(field.band->when, query.Columns(), layout, field.band->place);
         RequireColumns(field.item->when, query.Columns(), layout, field.item->place);
-        titles.push_back({TitleAbove(layout, *field.item), FormatOf(*field.item)});
+        titles.push_back({TitleOf(layout, *field.item), FormatOf(*field.item)});
         columns.push_back(query.Columns().Require(layout, field.item->place, field.item->text));
     }
     const std::vector<RowColumn> formats = titles;

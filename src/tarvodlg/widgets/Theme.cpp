@@ -101,11 +101,16 @@ bool IsDark()
 QColor Readable(const QColor &colour)
 {
     if (!colour.isValid() || !IsDark()) return colour;
-    const QColor paper = QApplication::palette().color(QPalette::Base);
+    const QPalette palette = QApplication::palette();
+    // On every second row of a list too: with two contrasts a list would have the colour in two shades.
+    const auto contrast = [&palette](const QColor &text) {
+        return std::min(Contrast(text, palette.color(QPalette::Base)),
+                        Contrast(text, palette.color(QPalette::AlternateBase)));
+    };
     float hue = 0, saturation = 0, lightness = 0;
     colour.getHslF(&hue, &saturation, &lightness);
     QColor lighter = colour;
-    for (; lightness < 1 && Contrast(lighter, paper) < 4.5; lightness += 0.02F)
+    for (; lightness < 1 && contrast(lighter) < 4.5; lightness += 0.02F)
         lighter = QColor::fromHslF(hue, saturation, lightness, colour.alphaF());
     return lighter;
 }

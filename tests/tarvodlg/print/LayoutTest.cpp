@@ -170,6 +170,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "1, colonna 1: la testata e il piede riempiono la pagina"},
         LayoutCase{"SumInHeader", "<field of=\"pno_data\" format=\"date\"/>", "<sum of=\"pno_dare\"/>",
                    "14, colonna 49: <sum> sta solo nel piede di un gruppo o del report"},
+        LayoutCase{"ColumnTitleOutsideTheDetail", "<field of=\"pno_data\" format=\"date\"/>",
+                   "<field of=\"pno_data\" title=\"Data\"/>", "14, colonna 70: sta solo nei campi del dettaglio"},
         LayoutCase{"WhenBroken", "\"{row.pno_sez} > 0\"", "\"{row.pno_sez} > \"",
                    "14, colonna 24: when, carattere 17: atteso un valore dopo \">\""},
         LayoutCase{"WhenOfTable", "{row.pno_sez}", "{pnota.pno_sez}",

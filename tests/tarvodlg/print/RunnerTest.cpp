@@ -407,7 +407,7 @@ TEST_P(RunnerTest, GivesTheDetailRowsWithTheirTitles)
     const ReportRequest request = Request(Layout(R"(
         <page-header height="10"><text w="100">Titolo della stampa</text><text x="0" y="5" w="10" align="right">N.</text>
           <text x="15" y="5" w="40">Nota</text><text x="60" y="5" w="30" align="right">Importo</text></page-header>
-        <detail height="5" when="{row.sotto} &lt;> 'hidden'"><field of="num" w="10" format="code"/><field of="nota" x="15" w="40"/>
+        <detail height="5" when="{row.sotto} &lt;> 'hidden'"><field of="gruppo" title="Gruppo"/><field of="num" w="10" format="code"/><field of="nota" x="15" w="40"/>
           <field of="importo" x="60" w="30" format="0,00z"/><field of="giorno" x="100" w="20" format="date"/></detail>)"));
     std::vector<RowColumn> columns;
     std::vector<std::vector<ReportValue>> rows;
@@ -420,14 +420,14 @@ TEST_P(RunnerTest, GivesTheDetailRowsWithTheirTitles)
     EXPECT_TRUE(finished);
     Lines titles;
     for (const RowColumn &column : columns) titles.push_back(column.title);
-    EXPECT_THAT(titles, ElementsAre("N.", "Nota", "Importo", "giorno"));
-    EXPECT_EQ(columns[0].format, ColumnFormat::Code);
-    EXPECT_EQ(columns[2].format, ColumnFormat::Amount);
-    EXPECT_EQ(columns[3].format, ColumnFormat::Date);
+    EXPECT_THAT(titles, ElementsAre("Gruppo", "N.", "Nota", "Importo", "giorno"));
+    EXPECT_EQ(columns[1].format, ColumnFormat::Code);
+    EXPECT_EQ(columns[3].format, ColumnFormat::Amount);
+    EXPECT_EQ(columns[4].format, ColumnFormat::Date);
     const ReportValue none;
     ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(rows[0], (std::vector<ReportValue>{1LL, "007", 1234.5, ReportDate{DateToJulian(2, 1, 2026)}}));
-    EXPECT_EQ(rows[1], (std::vector<ReportValue>{3LL, none, none, none}));
+    EXPECT_EQ(rows[0], (std::vector<ReportValue>{"A", 1LL, "007", 1234.5, ReportDate{DateToJulian(2, 1, 2026)}}));
+    EXPECT_EQ(rows[1], (std::vector<ReportValue>{"A", 3LL, none, none, none}));
 }
 
 } // namespace
