@@ -181,6 +181,9 @@ int RunCommandLine(int argc, const char *const *argv)
 
     AddArchiveCommands(&app, &session, &action);
     AddInvoiceCommands(&app, &session, &action);
+    AddInvoiceSyncCommands(&app, &session, &action);
+    AddInvoiceWarehouseCommands(&app, &session, &action);
+    AddInvoiceExportCommands(&app, &session, &action);
     AddJournalCommands(&app, &session, &action);
     AddMaintenanceCommands(&app, &session, &action);
     AddScheduleCommands(&app, &session, &action);

@@ -21,6 +21,8 @@ const char *OutcomeText(ImportOutcome outcome)
         return "caricata";
     case ImportOutcome::AlreadyThere:
         return "già presente";
+    case ImportOutcome::Ignored:
+        return "ignorata";
     case ImportOutcome::Refused:
         break;
     }
@@ -36,7 +38,7 @@ int Import(Session *session, const std::vector<std::string> &files)
     SACommand command(&connection);
     std::optional<JsonListPrinter> json;
     if (session->json) json.emplace("file");
-    std::array<long, 3> counts{};
+    std::array<long, 4> counts{};
     const auto show = [&](const ImportResult &result) {
         ++counts.at(static_cast<std::size_t>(result.outcome));
         if (json) {
@@ -55,9 +57,11 @@ int Import(Session *session, const std::vector<std::string> &files)
     };
     ImportInvoices(&command, {files.begin(), files.end()}, show);
     if (json)
-        json->Finish({{"caricate", counts[0]}, {"gia_presenti", counts[1]}, {"rifiutate", counts[2]}});
+        json->Finish(
+            {{"caricate", counts[0]}, {"gia_presenti", counts[1]}, {"rifiutate", counts[2]}, {"ignorate", counts[3]}});
     else
-        Print(fmt::format("{} caricate, {} già presenti, {} rifiutate.\n", counts[0], counts[1], counts[2]));
+        Print(fmt::format("{} caricate, {} già presenti, {} rifiutate{}.\n", counts[0], counts[1], counts[2],
+                          counts[3] == 0 ? "" : fmt::format(", {} ignorate", counts[3])));
     return counts[2] == 0 ? kExitDone : kExitRefused;
 }
 
@@ -287,27 +291,6 @@ int Register(Session *session, const RegisterOptions &options)
     return refused == 0 ? kExitDone : kExitRefused;
 }
 
-struct ExportOptions {
-    long code = 0;
-    std::string xml, p7m;
-};
-
-int Export(Session *session, const ExportOptions &options)
-{
-    if (options.xml.empty() == options.p7m.empty()) throw UsageError("Indicare --xml FILE oppure --p7m FILE.");
-    session->OpenArchive();
-    const std::string &file = options.xml.empty() ? options.p7m : options.xml;
-    if (options.xml.empty())
-        ExportInvoiceP7m(nullptr, options.code, file);
-    else
-        ExportInvoiceXml(nullptr, options.code, file);
-    if (session->json)
-        PrintJson(nlohmann::json{{"file", file}});
-    else
-        Print(fmt::format("Scritto: {}\n", file));
-    return kExitDone;
-}
-
 } // namespace
 
 void AddInvoiceCommands(CLI::App *app, Session *session, Action *action)
@@ -344,12 +327,4 @@ registration->add_option("--fornitore", options->supplier, "Fornitore da usare q
 registration->add_flag("--nuovo-fornitore", options->new_supplier, "Crea il fornitore quando non è individuato");
 registration->add_option("--codice-iva", options->vat_code, "Codice IVA da usare quando nessuno corrisponde");
 registration->callback([=] { *action = [=] { return Register(session, *options); }; });
-
-auto target = std::make_shared<ExportOptions>();
-CLI::App *exporting = group->add_subcommand("esporta", "Scrive una fattura su file");
-exporting->footer("Esempio:\n  lumera fatture esporta 12 --xml fattura.xml");
-exporting->add_option("id", target->code, "Codice della fattura")->required();
-exporting->add_option("--xml", target->xml, "File XML, senza la firma");
-exporting->add_option("--p7m", target->p7m, "File firmato come ricevuto");
-exporting->callback([=] { *action = [=] { return Export(session, *target); }; });
 }

@@ -17,6 +17,11 @@ class RecordOf : public TableRecord {
     {
         std::size_t i = 0;
         for (const ColumnDescription *key : KeyColumns()) {
+            if (key->kind == ColumnKind::Text) {
+                if (i >= keys.size()) return false;
+                TextCode(record_, *key).Assign(ToUpper(Trimmed(keys[i++])));
+                continue;
+            }
             const std::optional<long> code = i < keys.size() ? ParseCode(keys[i++]) : std::nullopt;
             if (!code) return false;
             Code(record_, *key) = *code;
@@ -38,7 +43,8 @@ class RecordOf : public TableRecord {
         if constexpr (kIsCompany)
             if (!object.contains("codice")) Code(named, *KeyColumns().back()) = lumera_db_impo.dit_codice;
         record_ = named;
-        const bool has_code = Code(named, *KeyColumns().back()) != 0;
+        if (IsNamed()) NormaliseRecord(&record_); // codes of letters are looked for in capitals
+        const bool has_code = IsNamed() || Code(named, *KeyColumns().back()) != 0;
         is_new_ = !has_code || !LoadRecord(cmd, &record_);
         if (is_new_) {
             if (std::is_same_v<Record, DITTE>) throw RefusedError(where + ": l'archivio è di un'altra ditta.");
@@ -66,7 +72,8 @@ class RecordOf : public TableRecord {
     {
         RecordKeys keys;
         for (const ColumnDescription *key : KeyColumns())
-            keys.push_back(std::to_string(*static_cast<long *>(key->member(const_cast<Record *>(&record_)))));
+            keys.push_back(key->kind == ColumnKind::Text ? TextCode(const_cast<Record &>(record_), *key).str()
+                                                         : std::to_string(Code(const_cast<Record &>(record_), *key)));
         return KeyText(keys);
     }
 
@@ -81,6 +88,12 @@ class RecordOf : public TableRecord {
         return keys;
     }
 
+    /// The code is a text, given by people and never proposed.
+    static bool IsNamed() { return KeyColumns().back()->kind == ColumnKind::Text; }
+    static BoundedText &TextCode(Record &record, const ColumnDescription &key)
+    {
+        return *static_cast<BoundedText *>(key.member(&record));
+    }
     static long &Code(Record &record, const ColumnDescription &key)
     {
         return *static_cast<long *>(key.member(&record));
@@ -113,6 +126,7 @@ constexpr RecordTable kTables[] = {
     {"conti", 2, Make<CONTI, sqlcon>},         {"sottocon", 3, Make<SOTTOCON, sqlsot>},
     {"sezioni", 1, Make<SEZIONI, sqlsez>},     {"banche", 1, Make<BANCHE, sqlban>},
     {"centri", 1, Make<CENTRI, sqlcdc>},       {"agenti", 1, Make<AGENTI, sqlage>},
+    {"articoli", 1, Make<ARTICOLI, sqlart>},   {"caumag", 1, Make<CAUMAG, sqlcam>},
     {"ditta", 0, Make<DITTE, sqldit>},         {"impostazioni", 0, Make<FLAG, sqlflg>},
 };
 

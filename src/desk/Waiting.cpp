@@ -1,54 +1,26 @@
 #include "desk/Waiting.h"
 
+#include "einvoice/InvoiceSummary.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Numbers.h"
-#include "tarvolumera/fatturapa/InvoiceFileError.h"
 
 #include <fmt/format.h>
 
 namespace {
 
-/// How many filed invoices are looked into at most: a start page is not to read an archive.
-constexpr std::size_t kFilesExamined = 60;
+/// How many files are read at most that were filed before their summaries were kept: a start page is not to read an
+/// archive. The list of invoices reads them all.
+constexpr long kFilesRead = 60;
 
-/// Files with fewer registered documents than their description names ("..., TD24 n. 210 del ..., TD01 n. 211 del
-/// ..."). A description that is cut off names fewer than there are, but never less than one.
-constexpr const char *kCandidates =
-    " FROM admin.allegati WHERE all_tab_tipo = 20"
-    " AND (SELECT COUNT(DISTINCT pno_all_doc) FROM admin.pnota1 WHERE pno_all = all_codice)"
-    " < CASE WHEN all_desc LIKE '% n. %' THEN (LENGTH(all_desc) - LENGTH(REPLACE(all_desc, ' n. ', ''))) / 4 ELSE 1 "
-    "END";
-
-std::vector<long> CandidateFiles(SACommand *cmd)
+void ReadInvoices(SACommand *cmd, Waiting *waiting)
 {
-    SACommand query(cmd->Connection(),
-                    fmt::format("SELECT all_codice{} ORDER BY all_date_time, all_codice LIMIT :quante", kCandidates));
-    query.Param("quante").setAsLong(static_cast<long>(kFilesExamined) + 1);
-    query.Execute();
-    std::vector<long> codes;
-    while (query.FetchNext()) codes.push_back(query.Field("all_codice").asLong());
-    return codes;
-}
-
-long CountOfCandidates(SACommand *cmd)
-{
-    SACommand query(cmd->Connection(), fmt::format("SELECT COUNT(*) AS quante{}", kCandidates));
-    query.Execute();
-    query.FetchNext();
-    return query.Field("quante").asLong();
-}
-
-/// Whether the document is registered now, and who its supplier is now.
-bool IsStillWaiting(SACommand *cmd, InvoiceRow *row)
-{
-    if (!row->fault.empty()) return true;
-    FORNITORI supplier;
-    if (FindSupplierOfRow(cmd, row->vat_number, row->fiscal_code, &supplier)) {
-        row->supplier = supplier.for_codice;
-        row->supplier_name = supplier.for_desc.str();
-    }
-    FindRegisteredEntry(cmd, row);
-    return !row->is_registered;
+    InvoiceFilter filter;
+    filter.state = InvoiceState::ToRegister;
+    StreamInvoices(cmd, filter, [&](const InvoiceRow &row) {
+        ++waiting->invoices;
+        if (waiting->oldest_invoices.size() < kWaitingListed) waiting->oldest_invoices.push_back(row);
+        return true;
+    });
 }
 
 WaitingInstalments ReadInstalments(SACommand *cmd, long side, long first_day, long last_day)
@@ -125,48 +97,14 @@ bool Waiting::IsNothing() const
            due_soon[0].count + due_soon[1].count == 0;
 }
 
-const std::vector<InvoiceRow> &WaitingReader::DocumentsOf(SACommand *cmd, long code)
-{
-    if (const auto known = documents_.find(code); known != documents_.end()) return known->second;
-    std::vector<InvoiceRow> rows;
-    try {
-        CFattureElettronicheDB content;
-        const ALLEGATI filed = LoadInvoice(cmd, code, &content);
-        for (std::size_t document = 0; document < content.Count(); ++document)
-            rows.push_back(DescribeInvoice(cmd, filed, content, document));
-    } catch (const InvoiceFileError &error) {
-        InvoiceRow row;
-        row.code = code;
-        row.fault = error.what();
-        rows.push_back(row);
-    }
-    return documents_[code] = std::move(rows);
-}
-
-void WaitingReader::ReadInvoices(SACommand *cmd, Waiting *waiting)
-{
-    std::vector<long> files = CandidateFiles(cmd);
-    waiting->are_invoices_at_least = files.size() > kFilesExamined;
-    if (waiting->are_invoices_at_least) files.pop_back();
-    for (const long code : files) {
-        for (InvoiceRow row : DocumentsOf(cmd, code)) {
-            row.is_registered = false;
-            if (!IsStillWaiting(cmd, &row)) continue;
-            ++waiting->invoices;
-            if (waiting->oldest_invoices.size() < kWaitingListed) waiting->oldest_invoices.push_back(std::move(row));
-        }
-    }
-    // Beyond those looked into, a file stands for one invoice.
-    if (waiting->are_invoices_at_least) waiting->invoices += CountOfCandidates(cmd) - static_cast<long>(files.size());
-}
-
 Waiting WaitingReader::Read(SACommand *cmd, long today)
 {
-    if (target_ != lumera_db_target) documents_.clear();
-    target_ = lumera_db_target;
+    const long unread = SummariseOlderInvoices(cmd, kFilesRead); // a file stands for one invoice
     Waiting waiting;
     SATransaction one_picture(cmd, SATransactionKind::Read);
     ReadInvoices(cmd, &waiting);
+    waiting.invoices += unread;
+    waiting.are_invoices_at_least = unread > 0;
     constexpr long kFirstDay = 2'299'161; // no date lies before the calendar
     for (const long side : {kCustomer, kSupplier}) {
         waiting.overdue[side] = ReadInstalments(cmd, side, kFirstDay, today - 1);

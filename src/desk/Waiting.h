@@ -2,8 +2,6 @@
 
 #include "einvoice/InvoiceInbox.h"
 
-#include <map>
-
 /// How many days from today an instalment counts as due soon; today is the first.
 inline constexpr long kDueSoonDays = 7;
 /// How many of a kind are listed.
@@ -33,7 +31,7 @@ struct UnbalancedEntry {
 /// What waits for someone.
 struct Waiting {
     long invoices = 0;                       ///< received and not registered
-    bool are_invoices_at_least = false;      ///< there may be more in files not looked into this time
+    bool are_invoices_at_least = false;      ///< files of older versions have not been read yet
     std::vector<InvoiceRow> oldest_invoices; ///< at most kWaitingListed, by arrival; a row may have a fault instead
 
     // By side: 0 customers, 1 suppliers. Held in a payment slip counts as open until it is paid.
@@ -46,17 +44,9 @@ struct Waiting {
     bool IsNothing() const;
 };
 
-/// Reads what waits in the current company. It remembers what stands in the invoices it has looked into, which never
-/// changes, so that reading again costs queries only. One per company.
+/// Reads what waits in the current company. Holds nothing between two readings.
 class WaitingReader {
   public:
-    /// @param today  day number    @throws SAException
+    /// No transaction may be open. @param today  day number    @throws SAException
     Waiting Read(SACommand *cmd, long today);
-
-  private:
-    void ReadInvoices(SACommand *cmd, Waiting *waiting);
-    const std::vector<InvoiceRow> &DocumentsOf(SACommand *cmd, long code);
-
-    std::map<long, std::vector<InvoiceRow>> documents_; ///< by number of the filed document
-    std::string target_;                                ///< the archive they were read from
 };

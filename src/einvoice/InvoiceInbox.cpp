@@ -1,6 +1,7 @@
 #include "einvoice/InvoiceInbox.h"
 
 #include "einvoice/InvoiceSources.h"
+#include "einvoice/InvoiceSummary.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
@@ -8,13 +9,12 @@
 #include "tarvolumera/Counterparts.h"
 #include "tarvolumera/FiscalCodes.h"
 #include "tarvolumera/SaExceptionDisplay.h"
+#include "tarvolumera/fatturapa/SdiNotification.h"
 
 #include <fmt/format.h>
 #include <fmt/printf.h>
 
 namespace {
-
-constexpr const char *kUnknown = "*** SCONOSCIUTO ***";
 
 std::string Upper(std::string_view text)
 {
@@ -86,10 +86,10 @@ bool EndsTheRun(const SAException &error)
 }
 
 /// False when another station filed the same document a moment ago.
-bool StoreOnce(SACommand *cmd, ALLEGATI *filed)
+bool StoreOnce(SACommand *cmd, ALLEGATI *filed, const CFattureElettronicheDB &content)
 {
     try {
-        sqlall.Store(cmd, filed);
+        StoreInvoice(cmd, filed, &content);
         return true;
     } catch (const SAException &error) {
         if (error.Fault() != SAFault::UniqueViolation) throw;
@@ -97,18 +97,6 @@ bool StoreOnce(SACommand *cmd, ALLEGATI *filed)
     ALLEGATI there;
     if (sqlall.SearchByContent(cmd, kReceivedInvoices, filed->all_impronta, &there)) *filed = there;
     return false;
-}
-
-InvoiceRow UnreadableInvoice(const ALLEGATI &filed, const char *fault)
-{
-    InvoiceRow row;
-    row.code = filed.all_codice;
-    row.year = filed.all_anno;
-    row.file_name = filed.all_fname;
-    row.acquired = filed.all_date_time;
-    row.supplier_name = kUnknown;
-    row.fault = fault;
-    return row;
 }
 
 } // namespace
@@ -129,6 +117,11 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
     result.origin = origin;
     try {
         const ExtractedXml extracted = ExtractInvoiceXml(bytes, name);
+        if (const auto notification = ReadSdiNotification(extracted.xml, name)) {
+            result.outcome = ImportOutcome::Ignored;
+            result.text = "notifica, non è una fattura: " + notification->text;
+            return result;
+        }
         const std::string digest = ContentDigest(extracted.xml);
         CFattureElettronicheDB content;
         content.Load(bytes, name);
@@ -153,7 +146,7 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
         }
         ALLEGATI filed = FiledInvoice(content, name, bytes);
         filed.all_impronta = digest;
-        if (!StoreOnce(cmd, &filed)) {
+        if (!StoreOnce(cmd, &filed, content)) {
             result.outcome = ImportOutcome::AlreadyThere;
             result.code = filed.all_codice;
             result.text = filed.all_desc.str();
@@ -285,7 +278,7 @@ InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFatture
     FORNITORI supplier;
     const bool known = FindSupplierOfRow(cmd, row.vat_number, row.fiscal_code, &supplier);
     row.supplier = supplier.for_codice;
-    row.supplier_name = known ? supplier.for_desc.str() : kUnknown;
+    row.supplier_name = known ? supplier.for_desc.str() : kUnknownSupplier;
     row.type = general.TipoDocumento;
     row.type_text = fatturapa::TipoDocumentoText(general.TipoDocumento);
     row.number = general.Numero;
@@ -295,26 +288,6 @@ InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFatture
     FindRegisteredEntry(cmd, &row); // also finds what was registered on a supplier chosen by hand
     row.is_in_warehouse = CheckTestate(cmd, row.supplier, row.number, row.day);
     return row;
-}
-
-void ForEachInvoice(SACommand *cmd, long first, long last, const std::function<bool(const InvoiceRow &)> &each)
-{
-    CommandScope scope(cmd);
-    CommandScope list(nullptr); // the list streams on a connection of its own while each file is looked at on the other
-    const auto show = [&](const ALLEGATI &record) {
-        CFattureElettronicheDB content;
-        try {
-            LoadInvoice(scope.get(), record.all_codice, &content);
-        } catch (const InvoiceFileError &error) {
-            return each(UnreadableInvoice(record, error.what()));
-        }
-        for (std::size_t document = 0; document < content.Count(); ++document) {
-            if (!each(DescribeInvoice(scope.get(), record, content, document))) return false;
-        }
-        return true;
-    };
-    sqlall.ForEachOfKind(list.get(), kReceivedInvoices, ToSqlDate(first),
-                         last == 0 ? SADateTime{} : ToSqlDate(last + 1), show);
 }
 
 namespace {
@@ -354,7 +327,14 @@ void DeleteInvoice(SACommand *cmd, long code)
 {
     CommandScope scope(cmd);
     ALLEGATI filed = FiledDocument(scope.get(), code);
+    SATransaction transaction(scope.get());
     sqlall.SqlTransaction(scope.get(), kDelete, &filed);
+    SACommand rendered(scope->Connection(),
+                       "DELETE FROM admin.allegati WHERE all_tab_tipo = :tipo AND all_tab_codice = :codice");
+    rendered.Param("tipo").setAsLong(kInvoicePdf);
+    rendered.Param("codice").setAsLong(code);
+    rendered.Execute();
+    transaction.Commit();
 }
 
 std::filesystem::path GetLocalPathFattureElettroniche()

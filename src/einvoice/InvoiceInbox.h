@@ -10,7 +10,8 @@
 
 // The received electronic invoices of the company, kept as filed documents: loading, listing, exporting, deleting.
 
-enum class ImportOutcome { Loaded, AlreadyThere, Refused };
+/// Ignored: a notification of the exchange system, which portals put among the invoices; nothing is wrong with it.
+enum class ImportOutcome { Loaded, AlreadyThere, Refused, Ignored };
 
 struct ImportResult {
     std::string origin; ///< the file as the user named it
@@ -54,9 +55,27 @@ struct InvoiceRow {
     std::string fault;            ///< the filed bytes can no longer be read
 };
 
-/// Lists the invoices acquired in a period. Each file is read and forgotten again, so memory does not grow with them.
-/// @param first, last  day numbers, both included; 0 = no limit
+inline constexpr const char *kUnknownSupplier = "*** SCONOSCIUTO ***";
+
+enum class InvoiceState { Any, ToRegister, Registered, ToLoad, InWarehouse, Unreadable };
+
+/// Which invoices are listed.
+struct InvoiceFilter {
+    long first = 0, last = 0; ///< moment of filing: day numbers, both included; 0 = no limit
+    std::string seller; ///< part of the seller's or supplier's name or of a fiscal number, in any case; empty = all
+    std::string number; ///< part of the document's number, in any case; empty = all
+    InvoiceState state = InvoiceState::Any;
+};
+
+/// Lists invoices from what was kept when they were filed, oldest first; no file is read, unless it was filed before
+/// anything was kept. The list streams on a connection of its own, so the callback may use cmd.
+/// @param each  false ends the list
+void ForEachInvoice(SACommand *cmd, const InvoiceFilter &filter, const std::function<bool(const InvoiceRow &)> &each);
+/// All invoices of a period. @param first, last  as in InvoiceFilter
 void ForEachInvoice(SACommand *cmd, long first, long last, const std::function<bool(const InvoiceRow &)> &each);
+/// The same on the command's own connection, in its transaction if one is open; the callback must leave that connection
+/// alone. Files without summary are not in it.
+void StreamInvoices(SACommand *cmd, const InvoiceFilter &filter, const std::function<bool(const InvoiceRow &)> &each);
 
 /// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (20060 when there is no such
 /// document)
@@ -71,7 +90,7 @@ bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long d
 /// The newest supplier with the VAT number or fiscal code; false when there is none.
 bool FindSupplierOfRow(SACommand *cmd, std::string_view vat_number, std::string_view fiscal_code, FORNITORI *supplier);
 
-/// Status and texts of one body. The list and the desk's rows come from here.
+/// Status and texts of one body, from the file. The list shows the same without reading it.
 InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content,
                            std::size_t document);
 

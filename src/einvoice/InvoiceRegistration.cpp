@@ -1,5 +1,6 @@
 #include "einvoice/InvoiceRegistration.h"
 
+#include "einvoice/InvoiceDocuments.h"
 #include "einvoice/InvoiceRounding.h"
 #include "ledger/EntryEditing.h"
 #include "ledger/EntryStorage.h"
@@ -182,38 +183,32 @@ PNOTA_ALLEGATO AttachmentFrom(const ALLEGATI &filed)
     return file;
 }
 
-/// The names under which the readable document of an invoice file may be filed: "name.XML.PDF", "name.PDF".
-std::vector<std::string> PdfNames(const std::string &file_name)
+/// The readable document filed under that name, if it is the invoice's and not that of another one of the same name.
+bool FindPdfByName(SACommand *cmd, const ALLEGATI &filed, const std::string &name, long year, ALLEGATI *pdf)
 {
-    std::string stem = file_name;
-    if (ToUpper(stem).ends_with(".P7M")) stem.resize(stem.size() - 4);
-    std::vector<std::string> names = {file_name + ".PDF", stem + ".PDF"};
-    if (ToUpper(stem).ends_with(".XML")) {
-        stem.resize(stem.size() - 4);
-        names.push_back(stem + ".XML.PDF");
-        names.push_back(stem + ".PDF");
-    }
-    return names;
+    SACommand query(cmd->Connection(), "SELECT all_codice, all_desc, all_fname FROM admin.allegati WHERE all_fname ="
+                                       " :name AND all_anno = :anno");
+    query.Param("name").setAsString(name);
+    query.Param("anno").setAsLong(year);
+    query.Execute();
+    std::vector<long> codes;
+    while (query.FetchNext()) codes.push_back(query.Field("all_codice").asLong());
+    return std::any_of(codes.begin(), codes.end(),
+                       [&](long code) { return sqlall.Search(cmd, year, code, pdf) && IsInvoicePdf(*pdf, filed); });
 }
 
-/// The invoice file, and the readable document when the archive has one: "name.XML.PDF" or "name.PDF".
+/// The invoice file, and its readable document when the archive has one, of the invoice's year or the company's.
 void LinkFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry)
 {
     entry->allegati.push_back(AttachmentFrom(filed));
-    const std::string name = filed.all_fname.str();
-    for (const std::string &pdf : PdfNames(name)) {
-        SACommand query(cmd->Connection(), "SELECT all_codice, all_desc, all_fname FROM admin.allegati"
-                                           " WHERE all_fname = :name AND all_anno = :anno");
-        query.Param("name").setAsString(pdf);
-        query.Param("anno").setAsLong(filed.all_anno);
-        query.Execute();
-        if (!query.FetchNext()) continue;
-        const long code = query.Field("all_codice").asLong();
-        query.Close();
-        ALLEGATI document;
-        if (sqlall.Search(cmd, filed.all_anno, code, &document)) entry->allegati.push_back(AttachmentFrom(document));
-        return;
-    }
+    ALLEGATI pdf;
+    for (const std::array<std::string, 2> &names : InvoicePdfNames(filed.all_fname))
+        for (const std::string &name : names)
+            for (const long year : {filed.all_anno, lumera_db_impo.dit_anno})
+                if (FindPdfByName(cmd, filed, name, year, &pdf)) {
+                    entry->allegati.push_back(AttachmentFrom(pdf));
+                    return;
+                }
 }
 
 /// The posted entry against the document, figure by figure: what was stored must be what was received.
@@ -336,7 +331,10 @@ RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t docum
         !difference.empty())
         outcome.notes.push_back(difference);
 
-    const std::optional<InstalmentProposal> instalments = ProposeInstalments(scope.get(), prepared.entry);
+    std::string why_not;
+    const std::optional<InstalmentProposal> instalments =
+        ProposeWholeInstalments(scope.get(), prepared.entry, &why_not);
+    if (!why_not.empty()) outcome.notes.push_back(why_not);
     if (instalments && !ConfirmTotal(instalments->rows, instalments->total)) {
         outcome.reason = "Scadenze non confermate.";
         return outcome;

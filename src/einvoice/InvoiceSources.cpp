@@ -72,35 +72,36 @@ void ReadMember(zip_t *archive, zip_uint64_t index, OfferedFile *file)
     }
 }
 
-bool OfferZip(const fs::path &path, const std::function<bool(const OfferedFile &)> &each)
+using ZipPointer = std::unique_ptr<zip_t, void (*)(zip_t *)>;
+
+/// @param origin  the archive itself, for faults   @param name  without folders, before the names of its files
+bool OfferMembers(const ZipPointer &archive, const std::string &origin, const std::string &name,
+                  const std::function<bool(const OfferedFile &)> &each)
 {
-    int code = 0;
-    const std::unique_ptr<zip_t, void (*)(zip_t *)> archive(zip_open(path.c_str(), ZIP_RDONLY, &code), zip_discard);
-    if (!archive)
-        return each({path.string(),
-                     SafeFileName(path.filename().string()),
-                     {},
-                     "Il file ZIP non può essere aperto o è danneggiato."});
+    const auto refuse = [&](const char *fault) { return each({origin, SafeFileName(name), {}, fault}); };
+    if (!archive) return refuse("Il file ZIP non può essere aperto o è danneggiato.");
     const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
-    if (count > kZipEntriesMax)
-        return each({path.string(), SafeFileName(path.filename().string()), {}, "Il file ZIP contiene troppi file."});
+    if (count > kZipEntriesMax) return refuse("Il file ZIP contiene troppi file.");
     std::size_t unfolded = 0;
     for (zip_int64_t i = 0; i < count; ++i) {
         const char *claimed = zip_get_name(archive.get(), static_cast<zip_uint64_t>(i), 0);
         if (claimed == nullptr) continue;
-        const std::string_view name = claimed;
-        if (name.ends_with('/') || name.starts_with("__MACOSX/") || !MayBeInvoice(name)) continue;
-        OfferedFile file{fmt::format("{}: {}", path.filename().string(), name), SafeFileName(name), {}, {}};
+        const std::string_view member = claimed;
+        if (member.ends_with('/') || member.starts_with("__MACOSX/") || !MayBeInvoice(member)) continue;
+        OfferedFile file{fmt::format("{}: {}", name, member), SafeFileName(member), {}, {}};
         ReadMember(archive.get(), static_cast<zip_uint64_t>(i), &file);
         unfolded += file.bytes.size();
-        if (unfolded > kZipBytesMax)
-            return each({path.string(),
-                         SafeFileName(path.filename().string()),
-                         {},
-                         "Il file ZIP contiene più di 1 GB di dati: dividerlo."});
+        if (unfolded > kZipBytesMax) return refuse("Il file ZIP contiene più di 1 GB di dati: dividerlo.");
         if (!each(file)) return false;
     }
     return true;
+}
+
+bool OfferZip(const fs::path &path, const std::function<bool(const OfferedFile &)> &each)
+{
+    int code = 0;
+    const ZipPointer archive(zip_open(path.c_str(), ZIP_RDONLY, &code), zip_discard);
+    return OfferMembers(archive, path.string(), path.filename().string(), each);
 }
 
 std::vector<fs::path> FilesBelow(const fs::path &folder)
@@ -138,4 +139,14 @@ void ForEachOfferedFile(const fs::path &path, const std::function<bool(const Off
     for (const fs::path &file : files) {
         if (!(IsZip(file) ? OfferZip(file, each) : OfferFile(file, each))) return;
     }
+}
+
+void ForEachArchivedFile(const std::string &archive, const std::string &archive_name,
+                         const std::function<bool(const OfferedFile &)> &each)
+{
+    zip_source_t *source = zip_source_buffer_create(archive.data(), archive.size(), 0, nullptr);
+    const ZipPointer opened(source == nullptr ? nullptr : zip_open_from_source(source, ZIP_RDONLY, nullptr),
+                            zip_discard);
+    if (!opened && source != nullptr) zip_source_free(source); // an opened archive owns it
+    OfferMembers(opened, archive_name, archive_name, each);
 }

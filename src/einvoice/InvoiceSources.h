@@ -19,3 +19,8 @@ struct OfferedFile {
 /// @param each  false stops the walk
 /// @throws FileError when the named path itself does not exist
 void ForEachOfferedFile(const std::filesystem::path &path, const std::function<bool(const OfferedFile &)> &each);
+
+/// The same for the files in the bytes of a .zip archive; files that are plainly something else are left out.
+/// @param archive_name  for the origin of each
+void ForEachArchivedFile(const std::string &archive, const std::string &archive_name,
+                         const std::function<bool(const OfferedFile &)> &each);

@@ -42,7 +42,7 @@ struct BrowseDescription {
 };
 
 /// mastri, conti, sottocon, causali, codiva, pagamenti, sezioni, fornitori, clienti, banche, centri, agenti, nazioni,
-/// province, aggregazioni.
+/// province, aggregazioni, articoli, caumag.
 std::span<const BrowseDescription> BrowseDescriptions();
 /// Null when there is no table of that name.
 const BrowseDescription *FindBrowse(std::string_view name);

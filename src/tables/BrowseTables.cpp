@@ -6,6 +6,7 @@
 #include "tarvolumera/Lookups.h"
 #include "tarvolumera/PaymentTerms.h"
 #include "tarvolumera/VatCodes.h"
+#include "tarvolumera/Warehouse.h"
 
 #include <algorithm>
 
@@ -18,6 +19,7 @@ constexpr BrowseChoice kAccountKinds[] = {
 constexpr BrowseChoice kRegisters[] = {
     {"1", "Solo libro giornale"},    {"2", "Acquisti"},     {"3", "Fatture emesse"}, {"4", "Corrispettivi"},
     {"5", "Fatture in sospensione"}, {"6", "Acquisti CEE"}, {"7", "Fatture CEE"}};
+constexpr BrowseChoice kDirections[] = {{"C", "Carico"}, {"S", "Scarico"}};
 constexpr BrowseChoice kRelations[] = {{"0", "Cliente"}, {"1", "Fornitore"}, {"2", "Nessuno"}};
 constexpr BrowseChoice kVatKinds[] = {{"1", "Imponibile"},
                                       {"2", "Esente"},
@@ -232,10 +234,38 @@ std::vector<BrowseDescription> Lookups()
          "agr_codice"}};
 }
 
+std::vector<BrowseDescription> WarehouseTables()
+{
+    return {{"articoli",
+             "Articoli",
+             "articolo",
+             &sqlart,
+             {"art_codice"},
+             "art_desc",
+             {{"art_codice", "Codice", Text, 20},
+              {"art_desc", "Descrizione", Text, 44},
+              {"art_um", "U.M.", Text, 6},
+              {"art_ean", "Codice a barre", Text, 14}},
+             "art_codice",
+             true},
+            {"caumag",
+             "Causali di magazzino",
+             "causale di magazzino",
+             &sqlcam,
+             {"cam_codice"},
+             "cam_desc",
+             {{"cam_codice", "Codice", Code, 7},
+              {"cam_desc", "Descrizione", Text, 30},
+              {"cam_tipo", "Movimento", Choice, 9, kDirections}},
+             "cam_codice",
+             true}};
+}
+
 std::vector<BrowseDescription> AllTables()
 {
     std::vector<BrowseDescription> all = Chart();
-    for (const auto &more : {EntryTables(), Counterparts(), Lookups()}) all.insert(all.end(), more.begin(), more.end());
+    for (const auto &more : {EntryTables(), Counterparts(), Lookups(), WarehouseTables()})
+        all.insert(all.end(), more.begin(), more.end());
     return all;
 }
 

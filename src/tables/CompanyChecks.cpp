@@ -2,6 +2,7 @@
 
 #include "tarvolumera/JournalEntry.h"
 
+#include <filesystem>
 #include <fmt/format.h>
 
 // The company and its settings.
@@ -107,6 +108,21 @@ void CheckAutomaticCausale(FaultList &faults, const WantedCausale &wanted)
                                                 wanted.relation == kCustomer ? "cliente" : "fornitore"));
 }
 
+/// A share that is not mounted today must not keep the other settings from being saved: a question is enough for a
+/// folder that was there when it was set.
+void CheckFolder(FaultList &faults, const FLAG &record)
+{
+    const std::string folder = record.flg_sdi_cartella.str();
+    std::error_code unreachable;
+    if (folder.empty() || std::filesystem::is_directory(folder, unreachable)) return;
+    FLAG stored;
+    const std::string text = fmt::format("La cartella delle fatture ricevute «{}» non esiste.", folder);
+    if (sqlflg.Search(faults.Cmd(), record.flg_codice, &stored) && stored.flg_sdi_cartella == record.flg_sdi_cartella)
+        faults.Ask("sdi_cartella", text);
+    else
+        faults.Refuse("sdi_cartella", text);
+}
+
 } // namespace
 
 std::vector<FieldFault> CheckFlag(SACommand *cmd, const FLAG &record, bool is_new)
@@ -132,5 +148,14 @@ std::vector<FieldFault> CheckFlag(SACommand *cmd, const FLAG &record, bool is_ne
           WantedCausale{"cau_fatture", record.flg_cau_fatture, kPurchases, kSupplier, "le fatture ricevute"}})
         CheckAutomaticCausale(faults, wanted);
     faults.Flag("fatture_altro_anno", record.flg_fatture_altro_anno);
+    CheckFolder(faults, record);
+    CAUMAG reason;
+    faults.Reference("cau_magazzino", sqlcam, record.flg_cau_magazzino, "La causale di magazzino");
+    if (IsCode(record.flg_cau_magazzino) && sqlcam.Search(scope.get(), record.flg_cau_magazzino, &reason) &&
+        reason.cam_tipo != "C")
+        faults.Refuse("cau_magazzino",
+                      fmt::format("La causale di magazzino {} è di scarico: per le fatture ricevute ne "
+                                  "serve una di carico.",
+                                  reason.cam_codice));
     return faults.Take();
 }

@@ -196,9 +196,6 @@ std::vector<FieldFault> CheckCodiva(SACommand *cmd, const CODIVA &record, bool i
 
 namespace {
 
-constexpr std::array<std::string_view, 12> kMonths = {"GENNAIO",   "FEBBRAIO", "MARZO",    "APRILE",
-                                                      "MAGGIO",    "GIUGNO",   "LUGLIO",   "AGOSTO",
-                                                      "SETTEMBRE", "OTTOBRE",  "NOVEMBRE", "DICEMBRE"};
 constexpr std::array<std::string_view, 3> kStartRules = {"DATA FATTURA", "DATA DIVERSA", "FINE MESE"};
 constexpr long kPaymentKindMax = 99, kDaysMax = 999;
 
@@ -210,7 +207,7 @@ bool IsOneOf(const std::array<std::string_view, N> &known, std::string_view text
 
 void CheckMonth(FaultList &faults, const char *field, std::string_view month)
 {
-    faults.RefuseIf(!month.empty() && !IsOneOf(kMonths, month), field,
+    faults.RefuseIf(!month.empty() && MonthOfName(month) == 0, field,
                     fmt::format("«{}» non è un mese: scriverlo intero, come AGOSTO.", month));
 }
 

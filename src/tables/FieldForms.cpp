@@ -115,6 +115,17 @@ std::string BicFault(std::string_view bic)
     return right ? "" : "deve avere 8 o 11 caratteri: quattro lettere della banca, due della nazione e il resto";
 }
 
+std::string EanFault(std::string_view ean)
+{
+    if (ean.empty()) return {};
+    if (!All(ean, IsDigit)) return "sono ammesse solo cifre";
+    if (ean.size() != 8 && ean.size() != 12 && ean.size() != 13 && ean.size() != 14)
+        return fmt::format("lunghezza errata: {} cifre invece di 8, 12, 13 o 14", ean.size());
+    int sum = 0; // weights 3 and 1 by turns, the check digit on the right weighs 1
+    for (std::size_t i = 0; i < ean.size(); ++i) sum += (ean[i] - '0') * ((ean.size() - i) % 2 == 0 ? 3 : 1);
+    return sum % 10 == 0 ? "" : "cifra di controllo errata";
+}
+
 std::string EmailFault(std::string_view address)
 {
     if (address.empty()) return {};

@@ -8,6 +8,7 @@
 #include "tarvolumera/Lookups.h"
 #include "tarvolumera/PaymentTerms.h"
 #include "tarvolumera/VatCodes.h"
+#include "tarvolumera/Warehouse.h"
 
 #include <string>
 #include <string_view>
@@ -40,6 +41,8 @@ std::vector<FieldFault> CheckSezione(SACommand *cmd, const SEZIONI &record, bool
 std::vector<FieldFault> CheckBanca(SACommand *cmd, const BANCHE &record, bool is_new);
 std::vector<FieldFault> CheckCentro(SACommand *cmd, const CENTRI &record, bool is_new);
 std::vector<FieldFault> CheckAgente(SACommand *cmd, const AGENTI &record, bool is_new);
+std::vector<FieldFault> CheckArticolo(SACommand *cmd, const ARTICOLI &record, bool is_new);
+std::vector<FieldFault> CheckCausaleMagazzino(SACommand *cmd, const CAUMAG &record, bool is_new);
 std::vector<FieldFault> CheckDitta(SACommand *cmd, const DITTE &record, bool is_new);
 std::vector<FieldFault> CheckFlag(SACommand *cmd, const FLAG &record, bool is_new);
 
@@ -54,6 +57,7 @@ FiscalCodeCheck CheckCounterpartFiscalCode(std::string_view nation, bool is_pers
 // The same for the other fields with a form of their own: what is wrong, in Italian; empty when right or empty.
 std::string IbanFault(std::string_view iban);
 std::string BicFault(std::string_view bic);
+std::string EanFault(std::string_view ean);
 std::string EmailFault(std::string_view address);
 /// Address code of the exchange system: 7 characters for firms, 6 for public offices.
 std::string DestinationCodeFault(std::string_view nation, std::string_view code);

@@ -98,6 +98,10 @@ constexpr Use kUses[] = {
     {"banche", "admin.clienti1 WHERE cli_ban = :k1", kOneCustomer, kCustomers},
     {"banche", "admin.fornito1 WHERE for_ban = :k1", kOneSupplier, kSuppliers},
 
+    {"articoli", "admin.righe1 WHERE rig_articolo = :k1", "riga di magazzino", "righe di magazzino"},
+    {"caumag", "admin.testate1 WHERE tes_cau = :k1", "documento di magazzino", "documenti di magazzino"},
+    {"caumag", "admin.flag WHERE flg_cau_magazzino = :k1", "impostazione", "impostazioni"},
+
     {"centri", "(SELECT DISTINCT pcc_pno FROM admin.pnotacdc WHERE pcc_cdc = :k1) AS m", kEntry, kEntries},
 
     {"agenti", "admin.clienti1 WHERE cli_age = :k1", kOneCustomer, kCustomers},

@@ -33,6 +33,8 @@ LUMERA_STORED(SEZIONI, sqlsez, sez_codice, CheckSezione);
 LUMERA_STORED(BANCHE, sqlban, ban_codice, CheckBanca);
 LUMERA_STORED(CENTRI, sqlcdc, cdc_codice, CheckCentro);
 LUMERA_STORED(AGENTI, sqlage, age_codice, CheckAgente);
+LUMERA_STORED(ARTICOLI, sqlart, art_codice, CheckArticolo);
+LUMERA_STORED(CAUMAG, sqlcam, cam_codice, CheckCausaleMagazzino);
 LUMERA_STORED(DITTE, sqldit, dit_codice, CheckDitta);
 LUMERA_STORED(FLAG, sqlflg, flg_codice, CheckFlag);
 
@@ -104,9 +106,9 @@ std::string WithoutBlanks(std::string_view text)
 
 void NormaliseColumns(const TableDescription &description, void *record)
 {
-    constexpr std::string_view kCapitals[] = {"prov",       "naz",         "cod_dest",   "bic",    "pers",
-                                              "rea",        "socio_unico", "stato_liq",  "tipo",   "ini",
-                                              "mese_esc_1", "mese_esc_2",  "mese_esc_3", "natura", "periodicita"};
+    constexpr std::string_view kCapitals[] = {
+        "prov", "naz", "cod_dest",   "bic",        "pers",       "rea",    "socio_unico", "stato_liq",
+        "tipo", "ini", "mese_esc_1", "mese_esc_2", "mese_esc_3", "natura", "periodicita", "codice"};
     for (const ColumnDescription &column : description.Columns()) {
         if (column.kind != ColumnKind::Text) continue;
         auto &text = *static_cast<BoundedText *>(column.member(record));
@@ -122,10 +124,16 @@ void NormaliseColumns(const TableDescription &description, void *record)
     }
 }
 
+/// Records whose code is a text are named by people, never numbered.
+template <class Record>
+constexpr bool kIsNumbered = std::is_same_v<long, std::remove_cvref_t<decltype(Record{}.*Stored<Record>::kKey)>>;
+
 template <class Record>
 void TakeNextCode(SACommand *cmd, Record *record)
 {
-    if (RecordExists(cmd, Stored<Record>::kTable, record)) record->*Stored<Record>::kKey = ProposeCode(cmd, *record);
+    if constexpr (kIsNumbered<Record>)
+        if (RecordExists(cmd, Stored<Record>::kTable, record))
+            record->*Stored<Record>::kKey = ProposeCode(cmd, *record);
 }
 
 } // namespace
@@ -133,6 +141,7 @@ void TakeNextCode(SACommand *cmd, Record *record)
 template <class Record>
 long ProposeCode(SACommand *cmd, const Record &record)
 {
+    if constexpr (!kIsNumbered<Record>) return 0;
     const TableDescription &description = Stored<Record>::kTable.Description();
     std::string condition;
     for (const ColumnDescription &column : description.Columns()) {
@@ -249,5 +258,7 @@ LUMERA_INSTANTIATE(SEZIONI);
 LUMERA_INSTANTIATE(BANCHE);
 LUMERA_INSTANTIATE(CENTRI);
 LUMERA_INSTANTIATE(AGENTI);
+LUMERA_INSTANTIATE(ARTICOLI);
+LUMERA_INSTANTIATE(CAUMAG);
 LUMERA_INSTANTIATE(DITTE);
 LUMERA_INSTANTIATE(FLAG);

@@ -21,10 +21,11 @@ struct StoreOptions {
 };
 
 // Records: CLIENTI, FORNITORI, CAUCONT, CODIVA, PAGAMENTI, MASTRI, CONTI, SOTTOCON, SEZIONI, BANCHE, CENTRI, AGENTI,
-// DITTE, FLAG.
+// ARTICOLI, CAUMAG, DITTE, FLAG.
 
 /// Next code for a new record: the highest one plus one, below the same master and account for CONTI and SOTTOCON,
-/// whose other keys must be set. Only a proposal: StoreRecord settles it. @return 0 when all are used up
+/// whose other keys must be set. Only a proposal: StoreRecord settles it. @return 0 when all are used up, and for
+/// ARTICOLI, whose codes are texts
 template <class Record>
 long ProposeCode(SACommand *cmd, const Record &record);
 
@@ -55,6 +56,7 @@ TableOutcome WriteRecord(SACommand *cmd, Record *record, bool is_new, const Stor
 /// Where a record is used: "12 movimenti di prima nota", "1 cliente". Empty when it may go.
 std::vector<std::string> FindUses(SACommand *cmd, const BrowseDescription &description, const RecordKeys &keys);
 
-/// Deletes a record after a question, with what belongs to it (template rows, places of delivery). One that is used
+/// Deletes a record after a question, with what belongs to it (template rows, places of delivery,
+/// what suppliers call an article). One that is used
 /// somewhere is refused, with the places.
 TableOutcome DeleteRecord(SACommand *cmd, const BrowseDescription &description, const RecordKeys &keys);

@@ -6,6 +6,10 @@
 
 /// The owner kind (all_tab_tipo) that marks received electronic invoices.
 inline constexpr long kReceivedInvoices = 20;
+/// Of their readable documents; all_tab_codice is the invoice's number, 0 for one that a provider made.
+inline constexpr long kInvoicePdf = 21;
+/// Receipts, notifications and metadata of the exchange system, as they came.
+inline constexpr long kSdiNotification = 22;
 
 /// A document filed by year (admin.allegati).
 struct ALLEGATI {

@@ -40,7 +40,8 @@ TableDescription SettingsDescription()
              ACCOUNT(iva_sos), ACCOUNT(iva_cee), ACCOUNT(arr_att), ACCOUNT(arr_pas),
              LUMERA_COLUMN(FLAG, flg_arr_limite, kPlain), LUMERA_COLUMN(FLAG, flg_cau_pagamento, kNullIfZero),
              LUMERA_COLUMN(FLAG, flg_cau_incasso, kNullIfZero), LUMERA_COLUMN(FLAG, flg_cau_effetti, kNullIfZero),
-             LUMERA_COLUMN(FLAG, flg_cau_fatture, kNullIfZero), LUMERA_COLUMN(FLAG, flg_fatture_altro_anno, kPlain)}};
+             LUMERA_COLUMN(FLAG, flg_cau_fatture, kNullIfZero), LUMERA_COLUMN(FLAG, flg_fatture_altro_anno, kPlain),
+             LUMERA_PLAIN(FLAG, flg_cau_magazzino), LUMERA_PLAIN(FLAG, flg_sdi_cartella)}};
 }
 
 } // namespace

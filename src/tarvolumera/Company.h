@@ -48,6 +48,8 @@ struct FLAG {
     long flg_cau_pagamento = 0, flg_cau_incasso = 0, flg_cau_effetti = 0; ///< causali of automatic payments
     long flg_cau_fatture = 0;                                             ///< causale proposed for received invoices
     long flg_fatture_altro_anno = 0; ///< 1 = received invoices of another year may be registered
+    long flg_cau_magazzino = 0;      ///< warehouse reason of the goods loaded from received invoices
+    Text<250> flg_sdi_cartella;      ///< folder from which received invoices are taken up; empty = none
 
     AccountKey PurchaseVat() const { return {flg_mas_iva_acq, flg_con_iva_acq, flg_sot_iva_acq}; }
     AccountKey SalesVat() const { return {flg_mas_iva_ven, flg_con_iva_ven, flg_sot_iva_ven}; }

@@ -5,7 +5,6 @@ CPSQLban sqlban;
 CPSQLage sqlage;
 CPSQLcdc sqlcdc;
 CPSQLagr sqlagr;
-CPSQLtes sqltes;
 CPSQLdst sqldst;
 CPSQLnaz sqlnaz;
 CPSQLprv sqlprv;
@@ -39,14 +38,6 @@ CPSQLcdc::CPSQLcdc()
 
 CPSQLagr::CPSQLagr()
     : CCodeTable({"aggregaz", {LUMERA_COLUMN(AGGREGAZ, agr_codice, kKey), LUMERA_PLAIN(AGGREGAZ, agr_desc)}})
-{
-}
-
-CPSQLtes::CPSQLtes()
-    : CCodeTable(
-          {"testate1",
-           {LUMERA_COLUMN(TESTATE, tes_codice, kKey), LUMERA_PLAIN(TESTATE, tes_anno),
-            LUMERA_PLAIN(TESTATE, tes_cod_for), LUMERA_PLAIN(TESTATE, tes_n_fat), LUMERA_DATE(TESTATE, tes_d_fat)}})
 {
 }
 

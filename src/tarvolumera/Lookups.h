@@ -62,13 +62,6 @@ struct AGGREGAZ {
     Text<60> agr_desc;
 };
 
-/// Head of a warehouse document (admin.testate1), as far as invoices ask for it.
-struct TESTATE {
-    long tes_codice = 0, tes_anno = 0, tes_cod_for = 0;
-    Text<20> tes_n_fat;
-    long tes_d_fat = 0;
-};
-
 class CPSQLsez : public CCodeTable<SEZIONI, &SEZIONI::sez_codice> {
   public:
     CPSQLsez();
@@ -88,10 +81,6 @@ class CPSQLcdc : public CCodeTable<CENTRI, &CENTRI::cdc_codice> {
 class CPSQLagr : public CCodeTable<AGGREGAZ, &AGGREGAZ::agr_codice> {
   public:
     CPSQLagr();
-};
-class CPSQLtes : public CCodeTable<TESTATE, &TESTATE::tes_codice> {
-  public:
-    CPSQLtes();
 };
 class CPSQLdst : public CTable<DESTINAZIONI> {
   public:
@@ -114,7 +103,6 @@ extern CPSQLban sqlban;
 extern CPSQLage sqlage;
 extern CPSQLcdc sqlcdc;
 extern CPSQLagr sqlagr;
-extern CPSQLtes sqltes;
 extern CPSQLdst sqldst;
 extern CPSQLnaz sqlnaz;
 extern CPSQLprv sqlprv;

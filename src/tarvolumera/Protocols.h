@@ -3,7 +3,7 @@
 class SACommand;
 
 /// Series of numbers that stations compete for. A unit that needs more than one takes them in this order.
-enum class NumberSeries { Journal = 1, Files = 2, Schedule = 3 };
+enum class NumberSeries { Journal = 1, Files = 2, Schedule = 3, Warehouse = 4 };
 
 /// Holds back other stations that take numbers of the series until the running transaction ends. Reading needs no lock.
 /// On SQLite a write transaction is that lock already. Call inside SATransaction only.

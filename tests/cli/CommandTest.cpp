@@ -134,6 +134,20 @@ TEST_P(ExitCodeTest, WhatTheBooksRefuseEndsWithOneAndChangesNothing)
     EXPECT_EQ(Lumera({"archivio", "verifica"}).code, kExitRefused) << "an unbalanced entry is not forgotten";
 }
 
+TEST_P(ExitCodeTest, TermsThatLeaveDatesToTypeAreTold)
+{
+    Run("UPDATE admin.pagament SET pag_ini = 'A VISTA' WHERE pag_codice = 45");
+    const char *why = "Il pagamento 45 non ha una decorrenza: le date vanno scritte a mano. Nessuna scadenza generata.";
+    EXPECT_THAT(Store(PurchaseJson("1")).out, HasSubstr(why));
+    const json stored = Store(PurchaseJson("2"), {"--json"}).Json();
+    EXPECT_EQ(stored.at("avviso"), why);
+    EXPECT_EQ(stored.at("scadenze"), 0);
+    Run("UPDATE admin.pagament SET pag_ini = 'DATA FATTURA', pag_num_rate = 60, pag_iva_separata = 1 WHERE pag_codice "
+        "= 45");
+    EXPECT_EQ(Store(PurchaseJson("3")).code, kExitDone) << "too many for the schedule is no reason to refuse the entry";
+    EXPECT_EQ(Count("scadenze"), "0");
+}
+
 TEST_P(ExitCodeTest, EntryOfAClosedYearIsNotDeletedUnasked)
 {
     ASSERT_EQ(Store(PurchaseJson("1")).code, kExitDone);
@@ -171,7 +185,8 @@ TEST_P(ExitCodeTest, ImportReportsEveryFileAndEndsWithOneWhenOneIsRefused)
     const json report = run.Json();
     EXPECT_EQ(report.at("file").size(), 7u);
     EXPECT_EQ(report.at("caricate"), 1) << "the one with eight rates";
-    EXPECT_EQ(report.at("rifiutate"), 6);
+    EXPECT_EQ(report.at("rifiutate"), 5);
+    EXPECT_EQ(report.at("ignorate"), 1) << "the delivery receipt";
     EXPECT_THAT(run.err, HasSubstr("Vuoi Continuare ? -> No"));
     EXPECT_EQ(Lumera({"--si", "fatture", "importa", LUMERA_SOURCE_DIR "/samples/guasti/IT05098487365_2190V.xml"}).code,
               kExitDone);

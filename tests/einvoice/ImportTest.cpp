@@ -92,7 +92,6 @@ std::vector<Refusal> Refusals()
     return {
         {"cut off", ReadSample("IT02565617350_00B01.xml"), "troncato"},
         {"changed after signing", ReadSample("IT00586557340_0B002.xml.p7m"), "firma"},
-        {"delivery receipt", ReadSample("IT08235227348_00017_RC_001.xml"), "ricevuta di consegna"},
         {"30 February", ReadSample("IT07916437341_00B77.xml"), "\"2026-02-30\""},
         {"no bytes", "", "vuoto"},
         {"text", "Gentile cliente, in allegato la fattura.", "XML"},

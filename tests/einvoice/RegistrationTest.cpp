@@ -487,6 +487,17 @@ TEST_P(RegistrationTest, SupplierWithoutTermsGetsNoInstalments)
     EXPECT_EQ(Count("scadenze"), "0");
 }
 
+TEST_P(RegistrationTest, TermsThatLeaveDatesToTypeAreTold)
+{
+    Run("UPDATE admin.pagament SET pag_ini = 'A VISTA' WHERE pag_codice = 45");
+    const RegistrationOutcome outcome = Register(Filed(InvoiceSpec{}));
+    ASSERT_TRUE(outcome.registered) << outcome.reason;
+    EXPECT_THAT(outcome.notes, testing::Contains("Il pagamento 45 non ha una decorrenza: le date vanno scritte a mano. "
+                                                 "Nessuna scadenza generata."));
+    EXPECT_EQ(outcome.instalments, 0);
+    EXPECT_EQ(Count("scadenze"), "0");
+}
+
 TEST_P(RegistrationTest, FilesAreAttachedByteForByteAndOutliveTheFiledOnes)
 {
     const std::string signed_bytes = ReadSample("IT06186527153_E4187.xml.p7m"), pdf("%PDF\0\xff\n", 7);

@@ -331,6 +331,15 @@ const Damage kInstalmentsAndDocuments[] = {
      "l'ultima rata scade il 09/06/2026, ma ce n'è una che scade il 30/12/2026"},
     {"AttachmentSize", {"UPDATE admin.pnotaall SET pat_bytes_size = 11"}, "Allegati", "Allegato 1 del movimento 1",
      "bolla.txt: 10 byte invece di 11"},
+    {"SummaryMissing", {"DELETE FROM admin.fatture WHERE fat_codice = 2"}, "Allegati", "Documento 2 anno 2026",
+     "IT06186527153_E4187.xml.p7m: manca il riepilogo che l'elenco delle fatture ricevute mostra (si scrive aprendo "
+     "l'elenco)"},
+    {"SummaryOfAnotherFile",
+     {"UPDATE admin.fatture SET fat_fname = 'altro.xml', fat_numero = '9/B', fat_data = '2026-03-01'"
+      " WHERE fat_codice = 1"},
+     "Allegati", "Documento 1 anno 2026",
+     "IT02565617350_00A24.xml: il riepilogo nell'elenco delle fatture ricevute non è quello del documento (9/B del "
+     "01/03/2026)"},
     {"DocumentSize", {"UPDATE admin.allegati SET all_bytes_size = 1 WHERE all_codice = 3"}, "Allegati",
      "Documento 3 anno 2026", "invece di 1"},
     {"DocumentExchanged",

@@ -93,6 +93,10 @@ TEST_P(WholeArchiveTest, ACopyIsAnArchive)
     entry.righe[0].row_importo = entry.righe[1].row_importo = 0.1;
     sqlpno.SqlTransaction(Cmd(), kInsert, &entry);
 
+    // The first version's table points to one of a later version, which therefore is filled before it.
+    Run("INSERT INTO admin.caumag (cam_codice) VALUES (77)");
+    Run("INSERT INTO admin.testate1 (tes_codice, tes_anno, tes_cod_for, tes_cau) VALUES (1, 2026, 1, 77)");
+
     const std::filesystem::path copy = Folder() / "copia.db";
     CopyArchive(Cmd(), copy);
     EXPECT_THROW(CopyArchive(Cmd(), copy), FileError) << "nothing is overwritten";

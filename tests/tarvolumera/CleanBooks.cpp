@@ -2,9 +2,9 @@
 
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
-#include "tarvolumera/Attachments.h"
 #include "tarvolumera/JournalTotals.h"
 #include "tarvolumera/PSQLpno.h"
+#include "tarvolumera/ReceivedInvoices.h"
 #include "tarvolumera/Schedule.h"
 #include "tarvolumera/fatturapa/SignedEnvelope.h"
 
@@ -182,6 +182,13 @@ void StoreDocument(SACommand *cmd, const char *file, bool has_digest)
     document.all_data = ToBytes(bytes);
     if (has_digest) document.all_impronta = ContentDigest(ExtractInvoiceXml(bytes, file).xml);
     sqlall.Store(cmd, &document);
+    FATTURE summary;
+    summary.fat_codice = document.all_codice;
+    summary.fat_documento = 1;
+    summary.fat_anno = document.all_anno;
+    summary.fat_fname = document.all_fname;
+    summary.fat_acquisita = document.all_date_time;
+    sqlfat.SqlTransaction(cmd, kInsert, &summary);
 }
 
 } // namespace

@@ -13,9 +13,11 @@
 #include "schedule/ui/ScadenzeTotali.h"
 #include "tables/ChartPrint.h"
 #include "tables/ui/Agenti.h"
+#include "tables/ui/Articoli.h"
 #include "tables/ui/Azienda.h"
 #include "tables/ui/Banche.h"
 #include "tables/ui/Causali.h"
+#include "tables/ui/CausaliMagazzino.h"
 #include "tables/ui/CentriCosto.h"
 #include "tables/ui/ClientiNew.h"
 #include "tables/ui/CodiciIva.h"
@@ -107,6 +109,9 @@ void AddTables(std::vector<DeskFunction> *functions)
         {"Banche", "banca", "Ctrl+Shift+B", "Le banche d'appoggio proprie e altrui", Open<CBanche>},
         {"Centri di costo", "centro-costo", "Ctrl+Shift+E", "La contabilità analitica", Open<CCentriCosto>},
         {"Agenti", "tabelle", "Ctrl+Shift+N", "Gli agenti dei clienti", Open<CAgenti>},
+        {"Articoli", "tabelle", "Ctrl+Shift+Q", "Gli articoli di magazzino che le fatture ricevute caricano",
+         Open<CArticoli>},
+        {"Causali di magazzino", "causale", "Ctrl+Shift+W", "Perché la merce entra ed esce", Open<CCausaliMagazzino>},
         {"Azienda e impostazioni", "azienda", "Ctrl+Shift+A",
          "Dati dell'azienda, esercizio, conti e causali che il programma usa da sé", Open<CAzienda>},
     };

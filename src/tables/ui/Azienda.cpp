@@ -136,8 +136,10 @@ void CAzienda::BuildAutomatic()
     Field("flg_cau_effetti", form.Code("Incasso &effetti", settings_.flg_cau_effetti, Lookup("causali")));
     Field("flg_cau_fatture", form.Code("&Fatture ricevute", settings_.flg_cau_fatture, Lookup("causali")));
     form.Section("Fatture elettroniche");
+    Field("flg_cau_magazzino", form.Code("Causale di &magazzino", settings_.flg_cau_magazzino, Lookup("caumag")));
     Field("flg_fatture_altro_anno",
           form.Flag("Registra anche fatture ricevute di un altro &anno", settings_.flg_fatture_altro_anno));
+    Field("flg_sdi_cartella", form.Text("&Cartella delle fatture ricevute", settings_.flg_sdi_cartella, 60));
 }
 
 bool CAzienda::OnInitDialog()

@@ -66,8 +66,14 @@ void TableEditorSupport::SetKeys(void *record, const RecordKeys &keys) const
         if (column.kind == ColumnKind::Long)
             *static_cast<long *>(Member(column, record)) = ParseCode(keys[i]).value_or(0);
         else if (column.kind == ColumnKind::Text)
-            static_cast<BoundedText *>(Member(column, record))->Assign(keys[i]);
+            static_cast<BoundedText *>(Member(column, record))->Assign(keys[i] == "0" ? "" : keys[i]); // a new one
     }
+}
+
+long TableEditorSupport::CodeOf(const void *record) const
+{
+    const ColumnDescription &column = ColumnOf(description_, description_.keys.back());
+    return column.kind == ColumnKind::Long ? *static_cast<long *>(Member(column, record)) : 0;
 }
 
 std::string TableEditorSupport::DescriptionOf(const void *record) const

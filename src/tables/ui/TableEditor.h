@@ -18,7 +18,8 @@ class TableEditorSupport {
     const BrowseDescription &Description() const { return description_; }
 
     RecordKeys KeysOf(const void *record) const;
-    void SetKeys(void *record, const RecordKeys &keys) const;
+    void SetKeys(void *record, const RecordKeys &keys) const; ///< "0" empties a code that is a text
+    long CodeOf(const void *record) const;                    ///< the last key; 0 when it is a text
     std::string DescriptionOf(const void *record) const;
     void SetDescription(void *record, std::string_view description) const; ///< cut to its length
     /// True when the columns of the two records that are no keys hold the same values.
@@ -417,5 +418,5 @@ void CTableEditor<Record, Base>::FocusColumn(const std::string &column, int)
 template <class Record, class Base>
 long CTableEditor<Record, Base>::CodeOf(const Record &record) const
 {
-    return std::stol(support_.KeysOf(&record).back());
+    return support_.CodeOf(&record);
 }

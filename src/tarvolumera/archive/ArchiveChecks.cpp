@@ -160,6 +160,21 @@ std::vector<ArchiveQuery> DocumentAndDateQueries()
          "SELECT all_codice AS doc, all_anno AS anno, all_fname AS nome, LENGTH(all_data) AS byte,"
          " all_bytes_size AS attesi FROM admin.allegati WHERE LENGTH(all_data) <> all_bytes_size"
          " ORDER BY all_anno, all_codice"},
+        // Lists of invoices show the summaries and never look into the files.
+        {kDocuments, "Documento {doc} anno {anno}",
+         "{nome}: manca il riepilogo che l'elenco delle fatture ricevute mostra (si scrive aprendo l'elenco)",
+         "SELECT all_codice AS doc, all_anno AS anno, all_fname AS nome FROM admin.allegati WHERE all_tab_tipo = 20"
+         " AND NOT EXISTS (SELECT 1 FROM admin.fatture WHERE fat_codice = all_codice AND fat_documento = 1)"
+         " ORDER BY all_anno, all_codice"},
+        {kDocuments, "Documento {doc} anno {anno}",
+         "{nome}: il riepilogo nell'elenco delle fatture ricevute non è quello del documento ({numero} del {data:d})",
+         "SELECT all_codice AS doc, all_anno AS anno, all_fname AS nome, fat_numero AS numero, fat_data AS data"
+         " FROM admin.fatture JOIN admin.allegati ON all_codice = fat_codice"
+         " WHERE fat_anno <> all_anno OR fat_fname <> all_fname OR fat_acquisita <> all_date_time"
+         " OR fat_documento > fat_documenti OR (fat_documento = 1 AND (fat_documenti <>"
+         " (SELECT COUNT(*) FROM admin.fatture b WHERE b.fat_codice = all_codice)"
+         " OR (all_num_fat <> '' AND fat_guasto = '' AND SUBSTR(fat_numero, 1, 20) <> all_num_fat)"
+         " OR (fat_guasto = '' AND fat_data <> all_data_fat))) ORDER BY all_anno, all_codice, fat_documento"},
         {kDates, kEntry, "la data di registrazione {data:d} non è valida",
          "SELECT pno_codice AS codice, pno_data AS data FROM admin.pnota1"
          " WHERE EXTRACT(YEAR FROM pno_data) NOT BETWEEN " FIRST_YEAR " AND 9999 ORDER BY pno_codice"},

@@ -3,6 +3,8 @@
 #include "tarvodlg/base/Text.h"
 #include "tarvolumera/archive/Resources.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::string_view kCreateTable = "CREATE TABLE ";
@@ -27,6 +29,22 @@ std::vector<std::string> AllStatements()
         for (std::string &statement : SchemaStatements(ResourceText(name))) all.push_back(std::move(statement));
     }
     return all;
+}
+
+/// A column that a later version added may point to a table of that version: its own table is then filled after it.
+void MoveBehindParents(const std::vector<std::string> &statements, std::vector<std::string> *tables)
+{
+    constexpr std::string_view kAlter = "ALTER TABLE ", kReferences = " REFERENCES ";
+    for (const std::string &statement : statements) {
+        const std::size_t at = statement.find(kReferences);
+        if (!statement.starts_with(kAlter) || at == std::string::npos) continue;
+        const auto word = [&](std::size_t start) {
+            return statement.substr(start, statement.find(' ', start) - start);
+        };
+        const auto child = std::find(tables->begin(), tables->end(), word(kAlter.size()));
+        const auto parent = std::find(tables->begin(), tables->end(), word(at + kReferences.size()));
+        if (child < parent && parent != tables->end()) std::rotate(child, child + 1, parent + 1);
+    }
 }
 
 } // namespace
@@ -63,10 +81,12 @@ std::vector<std::string> StatementsOfTable(std::string_view table)
 std::vector<std::string> TablesInOrder()
 {
     std::vector<std::string> tables;
-    for (const std::string &statement : AllStatements()) {
+    const std::vector<std::string> statements = AllStatements();
+    for (const std::string &statement : statements) {
         if (!statement.starts_with(kCreateTable)) continue;
         tables.push_back(
             statement.substr(kCreateTable.size(), statement.find(' ', kCreateTable.size()) - kCreateTable.size()));
     }
+    MoveBehindParents(statements, &tables);
     return tables;
 }

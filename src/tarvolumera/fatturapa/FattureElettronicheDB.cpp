@@ -1,6 +1,7 @@
 #include "tarvolumera/fatturapa/FattureElettronicheDB.h"
 
 #include "tarvolumera/fatturapa/FormatReaders.h"
+#include "tarvolumera/fatturapa/SdiNotification.h"
 #include "tarvolumera/fatturapa/XmlEncoding.h"
 
 #include <fmt/format.h>
@@ -12,27 +13,6 @@
 using namespace fatturapa;
 
 namespace {
-
-struct Notification {
-    std::string_view root;
-    std::string_view text;
-};
-
-// What the exchange system puts beside the invoices.
-constexpr Notification kNotifications[] = {
-    {"RicevutaConsegna", "ricevuta di consegna (RC)"},
-    {"NotificaScarto", "notifica di scarto (NS)"},
-    {"RicevutaScarto", "ricevuta di scarto (NS)"},
-    {"NotificaMancataConsegna", "notifica di mancata consegna (MC)"},
-    {"RicevutaImpossibilitaRecapito", "ricevuta di impossibilità di recapito (MC)"},
-    {"NotificaEsito", "notifica di esito (NE)"},
-    {"NotificaEsitoCommittente", "notifica di esito del committente (EC)"},
-    {"ScartoEsitoCommittente", "scarto dell'esito del committente (SE)"},
-    {"NotificaDecorrenzaTermini", "notifica di decorrenza dei termini (DT)"},
-    {"AttestazioneTrasmissioneFattura", "attestazione di trasmissione (AT)"},
-    {"MetadatiInvioFile", "file dei metadati (MT)"},
-    {"FileMetadati", "file dei metadati (MT)"},
-};
 
 void RequireDeclaredPrefix(const ReadContext &context)
 {
@@ -50,9 +30,8 @@ bool IsSimplified(const ReadContext &context)
     const std::string_view name = LocalName(context.xml.Name());
     if (name == "FatturaElettronica") return false;
     if (name == "FatturaElettronicaSemplificata") return true;
-    const auto *found = std::ranges::find(kNotifications, name, &Notification::root);
-    if (found != std::end(kNotifications)) {
-        context.Refuse(fmt::format("è una notifica, non è una fattura: {}", found->text));
+    if (const std::string_view notification = SdiNotificationText(name); !notification.empty()) {
+        context.Refuse(fmt::format("è una notifica, non è una fattura: {}", notification));
     }
     context.Refuse(fmt::format("l'elemento {} non è una fattura elettronica", name.substr(0, 80)));
 }

@@ -7,6 +7,3 @@
 /// should be UTF-8, bytes that are not are read as windows-1252, which is what such programs meant.
 /// @param oddity  receives an Italian sentence when something had to be repaired
 std::string XmlToUtf8(std::string bytes, std::string &oddity);
-
-/// Appends one character. @param code  a Unicode scalar value
-void AppendUtf8(std::string &text, char32_t code);

@@ -1,6 +1,6 @@
 #include "tarvolumera/fatturapa/XmlReader.h"
 
-#include "tarvolumera/fatturapa/XmlEncoding.h"
+#include "tarvodlg/base/Text.h"
 
 #include <fmt/format.h>
 
