@@ -20,14 +20,17 @@ _lumera()
     case "$group $command" in
         " ") words="archivio fatture pnota scadenze tabelle oggi desk --version" ;;
         "archivio ") words="crea verifica copia" ;;
-        "fatture ") words="importa elenco registra esporta" ;;
+        "fatture ") words="importa sincronizza elenco registra esporta esporta-tutte elimina-pdf carica-merci" ;;
         "pnota ") words="elenco mostra registra elimina stampa controlla-date rinumera riscrivi importa-scontrini" ;;
         "scadenze ") words="elenco stampa controlla-date scadenzario anzianita estratto-conto cruscotto mostra salva elimina dividi bollettino genera importa-saldi" ;;
         "tabelle ") words="elenco mostra salva elimina piano-conti" ;;
         "archivio crea") words="--postgres --demo --anno --movimenti --seme --ditta --piva --codfis --indirizzo --cap --citta --prov --naz" ;;
         "fatture elenco") words="--dal --al --da-registrare" ;;
         "fatture registra") words="--tutte --causale --fornitore --nuovo-fornitore --codice-iva --data" ;;
-        "fatture esporta") words="--xml --p7m" ;;
+        "fatture esporta") words="--xml --p7m --pdf" ;;
+        "fatture esporta-tutte") words="--p7m --dal --al" ;;
+        "fatture sincronizza") words="--cartella" ;;
+        "fatture carica-merci") words="--abbina --parziale --fornitore" ;;
         "pnota elenco") words="--dal --al --sezione --causale" ;;
         "pnota controlla-date") words="--dal --al" ;;
         "pnota importa-scontrini") words="--causale" ;;
@@ -46,7 +49,7 @@ _lumera()
         "scadenze dividi") words="cliente fornitore --importo --data" ;;
         "scadenze bollettino") words="cliente fornitore --pdf" ;;
     esac
-    local tables="clienti fornitori causali codiva pagamenti mastri conti sottocon sezioni banche centri agenti"
+    local tables="clienti fornitori causali codiva pagamenti mastri conti sottocon sezioni banche centri agenti articoli caumag"
     if [ "$group" = tabelle ] && [ -n "$command" ] && [ -z "$table" ]; then
         case $command in
             elenco) words="$words $tables nazioni province aggregazioni" ;;
