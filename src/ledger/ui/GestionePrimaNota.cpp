@@ -9,7 +9,7 @@
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
 #include "tarvodlg/widgets/FormBuilder.h"
-#include "tarvodlg/widgets/SpreadSheet.h"
+#include "tarvodlg/widgets/SpreadColumns.h"
 #include "tarvodlg/widgets/Theme.h"
 #include "tarvolumera/SaExceptionDisplay.h"
 
@@ -148,14 +148,7 @@ void CGestionePrimaNota::BuildFilters()
 
 void CGestionePrimaNota::BuildGrid()
 {
-    const auto column = [](const char *title, Type type, int width) {
-        CSpreadSheet::Column made;
-        made.title = QString::fromUtf8(title);
-        made.type = type;
-        made.width = width;
-        made.locked = true;
-        return made;
-    };
+    const auto column = ListColumn;
     // All of them fit into 1280 points; on a wider screen the texts take what is left.
     std::vector<CSpreadSheet::Column> columns = {
         column("Numero", Type::Code, 6),         column("Data", Type::Date, 10),

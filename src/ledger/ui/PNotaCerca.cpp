@@ -5,7 +5,7 @@
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/widgets/DialogKeys.h"
 #include "tarvodlg/widgets/FormBuilder.h"
-#include "tarvodlg/widgets/SpreadSheet.h"
+#include "tarvodlg/widgets/SpreadColumns.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -176,14 +176,7 @@ void CPNotaCerca::BuildList()
 {
     CSpreadSheet *&grid = form_->grid;
     grid = new CSpreadSheet(Content());
-    const auto column = [](const char *title, Type type, int width) {
-        CSpreadSheet::Column made;
-        made.title = QString::fromUtf8(title);
-        made.type = type;
-        made.width = width;
-        made.locked = true;
-        return made;
-    };
+    const auto column = ListColumn;
     std::vector<CSpreadSheet::Column> columns = {
         column("Numero", Type::Code, 8),        column("Data", Type::Date, 11),
         column("Caus.", Type::Code, 6),         column("N. documento", Type::Text, 14),

@@ -1,18 +1,13 @@
 #include "schedule/ui/ScheduleGrid.h"
 
+#include "tarvodlg/widgets/SpreadColumns.h"
+
 #include <QApplication>
 
 std::vector<CSpreadSheet::Column> ScheduleColumns()
 {
     using Type = CSpreadSheet::Type;
-    const auto column = [](const char *title, Type type, int width) {
-        CSpreadSheet::Column made;
-        made.title = QString::fromUtf8(title);
-        made.type = type;
-        made.width = width;
-        made.locked = true;
-        return made;
-    };
+    const auto column = ListColumn;
     return {column("Numero", Type::Code, 8),        column("Scadenza", Type::Date, 11),
             column("Fattura", Type::Text, 12),      column("Data fatt.", Type::Date, 11),
             column("Sez.", Type::Code, 5),          column("Descrizione", Type::Text, 26),

@@ -3,6 +3,7 @@
 #include "sqlapi/SAConnection.h"
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/widgets/FormBuilder.h"
+#include "tarvodlg/widgets/SpreadColumns.h"
 #include "tarvolumera/TarvoPostgreSQL.h"
 
 #include <QLocale>
@@ -15,12 +16,7 @@ ScheduleViewWindow::ScheduleViewWindow(CWnd *parent) : CTarvoRecordBrowseDialog(
 
 CSpreadSheet::Column ScheduleViewWindow::GridColumn(const char *title, CSpreadSheet::Type type, int width)
 {
-    CSpreadSheet::Column column;
-    column.title = QString::fromUtf8(title);
-    column.type = type;
-    column.width = width;
-    column.locked = true;
-    return column;
+    return ListColumn(title, type, width);
 }
 
 CSpreadSheet::Column ScheduleViewWindow::SumColumn(const char *title, int width)
