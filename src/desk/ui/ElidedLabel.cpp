@@ -1,5 +1,7 @@
 #include "desk/ui/ElidedLabel.h"
 
+#include "tarvodlg/widgets/Theme.h"
+
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -90,5 +92,5 @@ void CElidedLabel::Elide()
 {
     const QString shown = fontMetrics().elidedText(full_, Qt::ElideRight, contentsRect().width());
     if (shown != text()) setText(shown);
-    setToolTip(shown == full_ ? QString() : full_);
+    setToolTip(shown == full_ ? QString() : PlainTip(full_));
 }

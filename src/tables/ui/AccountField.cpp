@@ -2,6 +2,7 @@
 
 #include "tables/BrowseKeys.h"
 #include "tarvodlg/base/Dbisam.h"
+#include "tarvodlg/widgets/Theme.h"
 #include "tarvolumera/Counterparts.h"
 
 #include <QHBoxLayout>
@@ -371,7 +372,7 @@ void CAccountField::ShowDescription()
     parts_->dialog->Guarded(LUMERA_TAG, [this] {
         const QString text = ToQt(DescribeAccount(Value()));
         parts_->description->setText(text);
-        parts_->description->setToolTip(text);
+        parts_->description->setToolTip(PlainTip(text));
     });
 }
 

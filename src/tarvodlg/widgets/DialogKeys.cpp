@@ -172,8 +172,13 @@ bool TranslateTabKey(CTarvoDialog *dialog, QTabWidget *tabs, QKeyEvent *key)
 {
     const int wanted = TabOfKey(*tabs, *key);
     if (wanted < 0) return false;
-    if (wanted == tabs->currentIndex() || !tabs->isTabEnabled(wanted) || !dialog->LeaveFocusedField()) return true;
+    const QWidget *focus = dialog->focusWidget();
+    // Who walks down a list with pages beside it stays in the list; the key of the page in front then enters it.
+    const bool is_in_list = qobject_cast<const QAbstractItemView *>(focus) && !tabs->isAncestorOf(focus);
+    const bool is_in_front = wanted == tabs->currentIndex();
+    if ((is_in_front && !is_in_list) || !tabs->isTabEnabled(wanted) || !dialog->LeaveFocusedField()) return true;
     tabs->setCurrentIndex(wanted);
+    if (is_in_list && !is_in_front) return true;
     QWidget *page = tabs->currentWidget();
     QWidget *field = page->isAncestorOf(dialog->focusWidget()) ? dialog->focusWidget() : EdgeOf(page, true);
     if (field) field->setFocus(Qt::TabFocusReason);

@@ -1,5 +1,7 @@
 #include "tarvodlg/widgets/FormBuilder.h"
 
+#include "tarvodlg/widgets/Theme.h"
+
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -27,7 +29,7 @@ class FilledLabel : public QLabel {
     {
         QPainter painter(this);
         const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width());
-        setToolTip(shown == text() ? QString() : text());
+        setToolTip(shown == text() ? QString() : PlainTip(text()));
         painter.setPen(is_muted_ ? Muted() : palette().color(QPalette::WindowText));
         painter.drawText(contentsRect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, shown);
     }

@@ -175,7 +175,7 @@ bool SpreadDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const
     const QString text = ToQt(sheet_->state_->model.Shown(index.row(), index.column()));
     const QFontMetrics metrics(view->font());
     const int room = view->visualRect(index).width() - 2 * SpreadPadding(metrics);
-    QToolTip::showText(event->globalPos(), metrics.horizontalAdvance(text) > room ? text : QString(), view);
+    QToolTip::showText(event->globalPos(), metrics.horizontalAdvance(text) > room ? PlainTip(text) : QString(), view);
     return true;
 }
 

@@ -122,7 +122,6 @@ class CTarvoDialog : public QDialog {
     friend class FormBuilder;
     friend class CTarvoRecordDialog;
     friend class CTarvoRecordBrowseDialog;
-    friend class CTarvoTabsDialog;
     struct State;
 
     /// Fills and lays out the dialog before it shows. @return false when it shall not open

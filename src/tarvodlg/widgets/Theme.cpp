@@ -114,3 +114,8 @@ QColor Readable(const QColor &colour)
         lighter = QColor::fromHslF(hue, saturation, lightness, colour.alphaF());
     return lighter;
 }
+
+QString PlainTip(const QString &text)
+{
+    return text.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
+}

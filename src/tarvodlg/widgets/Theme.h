@@ -14,5 +14,8 @@ bool IsDark();
 /// at every scale. An unknown name gives an empty icon.
 QIcon TarvoIcon(const QString &name);
 
+/// A tooltip that shows a text of the archive or of a file as it stands: Qt would take some for markup.
+QString PlainTip(const QString &text);
+
 /// A colour chosen for light backgrounds made readable on the current one; the hue stays.
 QColor Readable(const QColor &colour);

@@ -2,10 +2,12 @@
 #include "tarvodlg/base/ScriptedUserInterface.h"
 #include "tarvodlg/widgets/FormBuilder.h"
 #include "tarvodlg/widgets/QtUserInterface.h"
+#include "tarvodlg/widgets/SpreadSheet.h"
 #include "tarvodlg/widgets/TarvoTabsDialog.h"
 #include "tests/support/WindowKeys.h"
 
 #include <QAbstractButton>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QTabWidget>
@@ -376,7 +378,7 @@ TEST(KeyOfCaptionTest, ReadsTheKeyAtTheHead)
 
 class SamplePage : public CTarvoTabsPage {
   public:
-    SamplePage(CTarvoTabsDialog *dialog, Text<20> *value) : CTarvoTabsPage(dialog)
+    SamplePage(CTarvoDialog *dialog, Text<20> *value) : CTarvoTabsPage(dialog)
     {
         FormBuilder form(dialog, this);
         field = form.Text("Campo", *value);
@@ -458,6 +460,101 @@ TEST_F(TabsDialogTest, BadFieldHoldsItsPageInFront)
     dialog.RefuseField(left->field); // a check of the whole finds the fault on the other page
     keys::Settle();
     EXPECT_EQ(dialog.ActivePage(), left);
+    EXPECT_EQ(dialog.focusWidget(), left->field);
+}
+
+/// A field of its own above pages that tell about it, as a list with its details.
+class SampleWithPages : public CTarvoDialog {
+  public:
+    SampleWithPages()
+    {
+        FormBuilder form(this);
+        above = form.Text("Sopra", values[0]);
+        tabs = new CTarvoTabs(this, this);
+        left = new SamplePage(this, &values[1]);
+        right = new SamplePage(this, &values[2]);
+        tabs->AddPage(left, "&Sinistra");
+        tabs->AddPage(right, "&Destra");
+        form.Fill(tabs);
+        AddCommand({"F7 - Comune", {}, {}, [this] { ++common; }, {}, {}});
+        OnLostFocusEvent(above, [this] { return above->Value() != "no"; });
+    }
+    bool OnInitDialog() override { return tabs->Init(); }
+    bool PreTranslateMessage(QKeyEvent *message) override
+    {
+        return tabs->PreTranslateMessage(message) || CTarvoDialog::PreTranslateMessage(message);
+    }
+
+    Text<20> values[3];
+    CTextField *above;
+    CTarvoTabs *tabs;
+    SamplePage *left, *right;
+    int common = 0;
+};
+
+TEST(TabsTest, PagesInsideAnotherDialogHaveTheSameKeys)
+{
+    ScriptedUserInterface ui;
+    UserInterface *before = SetUserInterface(&ui);
+    {
+        SampleWithPages dialog;
+        keys::Open(&dialog);
+        EXPECT_EQ(dialog.focusWidget(), dialog.above);
+        EXPECT_EQ(dialog.left->activated, 1);
+        keys::Type("no");
+        keys::Press(Qt::Key_2, Qt::AltModifier); // the bad field is none of the pages', and holds them all the same
+        EXPECT_EQ(dialog.tabs->ActivePage(), dialog.left);
+        EXPECT_EQ(ui.beeps, 1);
+        keys::Type("si");
+        keys::Press(Qt::Key_2, Qt::AltModifier);
+        EXPECT_EQ(dialog.tabs->ActivePage(), dialog.right);
+        EXPECT_EQ(dialog.focusWidget(), dialog.right->field);
+        keys::Press(Qt::Key_F7);
+        EXPECT_EQ(dialog.right->own_keys, 1);
+        EXPECT_EQ(dialog.common, 0);
+        dialog.right->may_leave = false;
+        keys::Press(Qt::Key_PageUp, Qt::ControlModifier);
+        EXPECT_EQ(dialog.tabs->ActivePage(), dialog.right);
+        EXPECT_EQ(dialog.left->activated, 1);
+        dialog.right->may_leave = true;
+        keys::Press(Qt::Key_S, Qt::AltModifier);
+        EXPECT_EQ(dialog.tabs->ActivePage(), dialog.left);
+        EXPECT_EQ(dialog.left->activated, 2);
+    }
+    SetUserInterface(before);
+}
+
+TEST(TabsTest, WhoWalksDownAListStaysInItWhenThePageChanges)
+{
+    Text<20> values[2];
+    CTarvoDialog dialog;
+    FormBuilder form(&dialog);
+    auto *list = new CSpreadSheet(&dialog);
+    list->SetColumns({{.title = "Numero", .locked = true}});
+    list->SetRowCount(3);
+    auto *tabs = new CTarvoTabs(&dialog, &dialog);
+    auto *left = new SamplePage(&dialog, &values[0]), *right = new SamplePage(&dialog, &values[1]);
+    tabs->AddPage(left, "Sinistra");
+    tabs->AddPage(right, "Destra");
+    form.Fill(list);
+    form.Fill(tabs);
+    keys::Open(&dialog);
+    ASSERT_TRUE(tabs->Init());
+    list->setFocus();
+    list->SetActiveCell(1, 1);
+
+    const auto press = [&](int key) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::AltModifier);
+        EXPECT_TRUE(tabs->PreTranslateMessage(&event));
+    };
+    press(Qt::Key_2);
+    EXPECT_EQ(tabs->ActivePage(), right);
+    EXPECT_EQ(dialog.focusWidget(), list);
+    keys::Press(Qt::Key_Down);
+    EXPECT_EQ(list->ActiveRow(), 2);
+    press(Qt::Key_2); // again: into the page
+    EXPECT_EQ(dialog.focusWidget(), right->field);
+    press(Qt::Key_1);
     EXPECT_EQ(dialog.focusWidget(), left->field);
 }
 

@@ -1,4 +1,4 @@
-#include "desk/ui/ListWindow.h"
+#include "tarvodlg/widgets/ListWindow.h"
 
 #include "tarvodlg/widgets/FormBuilder.h"
 
@@ -7,10 +7,11 @@ CElenco::CElenco(const QString &title, const QString &name, std::vector<CSpreadS
 {
     setWindowTitle(title);
     spread_ = new CSpreadSheet(this);
+    constexpr int kAroundText = 2; // characters that a cell leaves free, and its share of the scroll bar
     int width = 0;
     for (CSpreadSheet::Column &column : columns) {
         column.locked = true;
-        width += column.width;
+        width += column.width + kAroundText;
     }
     spread_->SetColumns(std::move(columns));
     spread_->RememberLayout(name);
