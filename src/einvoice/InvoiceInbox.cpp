@@ -85,20 +85,6 @@ bool EndsTheRun(const SAException &error)
     }
 }
 
-/// False when another station filed the same document a moment ago.
-bool StoreOnce(SACommand *cmd, ALLEGATI *filed, const CFattureElettronicheDB &content)
-{
-    try {
-        StoreInvoice(cmd, filed, &content);
-        return true;
-    } catch (const SAException &error) {
-        if (error.Fault() != SAFault::UniqueViolation) throw;
-    }
-    ALLEGATI there;
-    if (sqlall.SearchByContent(cmd, kReceivedInvoices, filed->all_impronta, &there)) *filed = there;
-    return false;
-}
-
 } // namespace
 
 std::string CompanyFaultForInvoices(const DITTE &company)
@@ -116,7 +102,7 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
     ImportResult result;
     result.origin = origin;
     try {
-        const ExtractedXml extracted = ExtractInvoiceXml(bytes, name);
+        ExtractedXml extracted = ExtractInvoiceXml(bytes, name);
         if (const auto notification = ReadSdiNotification(extracted.xml, name)) {
             result.outcome = ImportOutcome::Ignored;
             result.text = "notifica, non è una fattura: " + notification->text;
@@ -124,7 +110,7 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
         }
         const std::string digest = ContentDigest(extracted.xml);
         CFattureElettronicheDB content;
-        content.Load(bytes, name);
+        content.Load(std::move(extracted), name);
         for (const InvoiceWarning &warning : content.Warnings()) result.warnings.push_back(warning.text);
 
         ALLEGATI there;
@@ -146,7 +132,7 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
         }
         ALLEGATI filed = FiledInvoice(content, name, bytes);
         filed.all_impronta = digest;
-        if (!StoreOnce(cmd, &filed, content)) {
+        if (!StoreOnce(cmd, &filed, &content)) {
             result.outcome = ImportOutcome::AlreadyThere;
             result.code = filed.all_codice;
             result.text = filed.all_desc.str();

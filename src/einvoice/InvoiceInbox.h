@@ -77,6 +77,10 @@ void ForEachInvoice(SACommand *cmd, long first, long last, const std::function<b
 /// alone. Files without summary are not in it.
 void StreamInvoices(SACommand *cmd, const InvoiceFilter &filter, const std::function<bool(const InvoiceRow &)> &each);
 
+/// The query behind them: the columns of admin.fatture, then supplier, his name, entry, protocol and warehouse; the
+/// bounds of the period are the parameters "start" and "stop".
+std::string InvoiceListQuery(const InvoiceFilter &filter);
+
 /// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (20060 when there is no such
 /// document)
 ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content);

@@ -4,13 +4,11 @@
 
 #include <fmt/format.h>
 
-namespace {
-
-/// One text for the whole list: for each document its supplier as FindSupplierOfRow finds it (a number that is not
-/// there meets nobody), the entry as FindRegisteredEntry does, the warehouse as CheckTestate does. Each step is
-/// materialized, or its subquery would be computed again wherever its result is used. The
-/// "+ 0" and the COALESCE keep the engines from walking the journal by number or by date.
-std::string ListText(const InvoiceFilter &filter)
+// One text for the whole list: for each document its supplier as FindSupplierOfRow finds it (a number that is not
+// there meets nobody), the entry as FindRegisteredEntry does, the warehouse as CheckTestate does. Each step is
+// materialized, or its subquery would be computed again wherever its result is used. The
+// "+ 0" and the COALESCE keep the engines from walking the journal by number or by date.
+std::string InvoiceListQuery(const InvoiceFilter &filter)
 {
     std::string condition = " WHERE fat_documento > 0";
     if (filter.first != 0) condition += " AND fat_acquisita >= :start";
@@ -39,6 +37,8 @@ std::string ListText(const InvoiceFilter &filter)
            " AS magazzino FROM stato LEFT JOIN admin.fornito1 ON for_codice = fornitore"
            " LEFT JOIN admin.pnota1 ON pno_codice = movimento ORDER BY fat_acquisita, fat_codice, fat_documento";
 }
+
+namespace {
 
 InvoiceRow ReadRow(SACommand *query)
 {
@@ -109,7 +109,7 @@ void StreamInvoices(SACommand *cmd, const InvoiceFilter &filter, const std::func
         return is_seller && (number.empty() || Contains(row.number, number)) && IsInState(row, filter.state);
     };
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(), ListText(filter));
+    SACommand query(scope->Connection(), InvoiceListQuery(filter));
     if (filter.first != 0) query.Param("start").setAsDateTime(ToSqlDate(filter.first));
     if (filter.last != 0) query.Param("stop").setAsDateTime(ToSqlDate(filter.last + 1));
     query.Execute();

@@ -87,6 +87,25 @@ void StoreInvoice(SACommand *cmd, ALLEGATI *filed, const CFattureElettronicheDB 
     transaction.Commit();
 }
 
+bool StoreOnce(SACommand *cmd, ALLEGATI *document, const CFattureElettronicheDB *content)
+{
+    CommandScope scope(cmd);
+    try {
+        if (document->all_tab_tipo == kReceivedInvoices)
+            StoreInvoice(scope.get(), document, content);
+        else
+            sqlall.Store(scope.get(), document);
+        return true;
+    } catch (const SAException &error) {
+        ALLEGATI there;
+        if (error.Fault() != SAFault::UniqueViolation ||
+            !sqlall.SearchByContent(scope.get(), document->all_tab_tipo, document->all_impronta, &there))
+            throw;
+        *document = there;
+        return false;
+    }
+}
+
 long SummariseOlderInvoices(SACommand *cmd, long most)
 {
     CommandScope scope(cmd);

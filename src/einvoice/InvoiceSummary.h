@@ -17,6 +17,13 @@ std::vector<FATTURE> SummariesOf(const ALLEGATI &filed);
 /// @throws SAException
 void StoreInvoice(SACommand *cmd, ALLEGATI *filed, const CFattureElettronicheDB *content);
 
+/// Files a document whose content the archive has only once, an invoice with its summaries. Another station may be a
+/// moment earlier: the document then becomes what is there, without its bytes.
+/// @param document  with its digest; of any kind
+/// @return false when it was there already
+/// @throws SAException
+bool StoreOnce(SACommand *cmd, ALLEGATI *document, const CFattureElettronicheDB *content = nullptr);
+
 /// Reads the files that were filed before summaries were kept and writes theirs, a hundred files at a time in a
 /// transaction of their own: a run that breaks off goes on where it stopped. Costs two counts when there are none. No
 /// transaction may be open.

@@ -3,6 +3,7 @@
 #include "einvoice/InvoiceDocuments.h"
 #include "einvoice/InvoiceInbox.h"
 #include "einvoice/InvoiceSources.h"
+#include "einvoice/InvoiceSummary.h"
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
@@ -53,22 +54,13 @@ bool FindInvoice(SACommand *cmd, std::string_view name, ALLEGATI *filed)
     return false;
 }
 
-/// Files a document that the archive has once only. @return false when it was there already; its number is set
-bool StoreOnce(SACommand *cmd, ALLEGATI *document)
+/// Files a notification or a readable document. @return false when it was there already; its number is set
+bool FileNew(SACommand *cmd, ALLEGATI *document)
 {
     document->all_impronta = ContentDigest(AsText(document->all_data));
     ALLEGATI there;
-    const auto find = [&] {
-        return sqlall.SearchByContent(cmd, document->all_tab_tipo, document->all_impronta, &there);
-    };
-    if (!find()) {
-        try {
-            sqlall.Store(cmd, document);
-            return true;
-        } catch (const SAException &error) { // another station was a moment earlier
-            if (error.Fault() != SAFault::UniqueViolation || !find()) throw;
-        }
-    }
+    if (!sqlall.SearchByContent(cmd, document->all_tab_tipo, document->all_impronta, &there))
+        return StoreOnce(cmd, document);
     document->all_codice = there.all_codice;
     return false;
 }
@@ -243,7 +235,7 @@ class Synchronisation {
         if (!notification->sdi.empty()) text += ", SdI " + notification->sdi;
         document.all_desc = text;
         document.all_data = ToBytes(bytes);
-        const bool is_new = StoreOnce(cmd_, &document);
+        const bool is_new = FileNew(cmd_, &document);
         if (notification->kind == "MT") metadata_.push_back(*notification); // its invoice may come later in this run
         return {origin, is_new ? SyncOutcome::Notification : SyncOutcome::AlreadyThere, document.all_codice, text, {}};
     }
@@ -275,7 +267,7 @@ class Synchronisation {
         pdf.all_num_fat = invoice.all_num_fat;
         pdf.all_data_fat = invoice.all_data_fat;
         pdf.all_data = ToBytes(bytes);
-        if (StoreOnce(cmd_, &pdf)) line.outcome = SyncOutcome::Pdf;
+        if (FileNew(cmd_, &pdf)) line.outcome = SyncOutcome::Pdf;
         line.code = pdf.all_codice;
         return line;
     }

@@ -198,26 +198,26 @@ TEST_P(SyncTest, ArchiveGivesALineForEachOfItsFiles)
     EXPECT_THAT(Sync(), IsEmpty());
 }
 
-// The summary of a filed invoice, whether filing writes it or the list does later.
-void EnsureSummary(SACommand *cmd, long code)
-{
-    FATTURE summary;
-    if (sqlfat.Search(cmd, code, 1, &summary)) return;
-    summary = FATTURE{};
-    summary.fat_codice = code;
-    summary.fat_documento = 1;
-    summary.fat_acquisita = CurrentMoment();
-    sqlfat.SqlTransaction(cmd, kInsert, &summary);
-}
-
 TEST_P(SyncTest, IdentifierOfTheMetadataIsNotedOnTheInvoice)
 {
     const long code = Filed(ReadSample("IT06186527153_E4187.xml.p7m"), "IT06186527153_E4187.xml.p7m");
-    EnsureSummary(Cmd(), code);
     const std::string sdi = fmt::format("SELECT fat_sdi FROM admin.fatture WHERE fat_codice = {}", code);
     Put("IT06186527153_E4187_MT_001.xml", Metadata("IT06186527153_E4187.xml", "1234567890"));
     EXPECT_THAT(Sync(), ElementsAre("IT06186527153_E4187_MT_001.xml: notifica"));
     EXPECT_EQ(Value(sdi), "1234567890");
+}
+
+// The two come by different ways: the metadata may be there a day before.
+TEST_P(SyncTest, MetadataOfAnEarlierRunFindTheirInvoiceWhenItComes)
+{
+    Put("IT06186527153_E4187_MT_001.xml", Metadata("IT06186527153_E4187.xml.p7m", "1234567890"));
+    Put("IT02565617350_00A24_MT_001.xml", Metadata("IT02565617350_00A24.xml", "55"));
+    EXPECT_THAT(Sync(), ElementsAre("IT02565617350_00A24_MT_001.xml: notifica",
+                                    "IT06186527153_E4187_MT_001.xml: notifica"));
+    Put("IT06186527153_E4187.xml.p7m", ReadSample("IT06186527153_E4187.xml.p7m"));
+    EXPECT_THAT(Sync(), ElementsAre("IT06186527153_E4187.xml.p7m: caricata"));
+    EXPECT_EQ(Value("SELECT fat_sdi FROM admin.fatture"), "1234567890") << "in the summary stored with the invoice";
+    EXPECT_EQ(Count("fatture"), "1");
 }
 
 TEST_P(SyncTest, ReadableDocumentWaitsForItsInvoice)

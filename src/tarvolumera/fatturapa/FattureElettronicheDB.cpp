@@ -82,10 +82,16 @@ void CFattureElettronicheDB::Load(const char *path)
 
 void CFattureElettronicheDB::Load(std::string bytes, std::string_view file_name)
 {
+    const std::string name(file_name); // before Clear, as above
+    if (!IsEmpty()) Clear();
+    Load(ExtractInvoiceXml(std::move(bytes), name), name);
+}
+
+void CFattureElettronicheDB::Load(ExtractedXml extracted, std::string_view file_name)
+{
     const std::string name(file_name);
     if (!IsEmpty()) Clear();
     try {
-        ExtractedXml extracted = ExtractInvoiceXml(std::move(bytes), name);
         file_name_ = name;
         envelope_ = std::move(extracted.envelope);
         std::string oddity;

@@ -25,6 +25,8 @@ class CFattureElettronicheDB {
     void Load(const char *path);
     /// The same for the bytes of a file. @param file_name for the messages only @throws InvoiceFileError
     void Load(std::string bytes, std::string_view file_name);
+    /// The same for what was taken out of a file already: a signature is not verified a second time.
+    void Load(ExtractedXml extracted, std::string_view file_name);
     void Clear();
 
     const fatturapa::FatturaElettronica &Fattura() const { return fattura_; }
