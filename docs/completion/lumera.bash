@@ -26,7 +26,7 @@ _lumera()
         "tabelle ") words="elenco mostra salva elimina piano-conti" ;;
         "archivio crea") words="--postgres --demo --anno --movimenti --seme --ditta --piva --codfis --indirizzo --cap --citta --prov --naz" ;;
         "fatture elenco") words="--dal --al --da-registrare" ;;
-        "fatture registra") words="--tutte --causale --fornitore --nuovo-fornitore --codice-iva --data" ;;
+        "fatture registra") words="--tutte --prova --causale --fornitore --nuovo-fornitore --codice-iva --data" ;;
         "fatture esporta") words="--xml --p7m --pdf" ;;
         "fatture esporta-tutte") words="--p7m --dal --al" ;;
         "fatture sincronizza") words="--cartella" ;;

@@ -181,6 +181,7 @@ int RunCommandLine(int argc, const char *const *argv)
 
     AddArchiveCommands(&app, &session, &action);
     AddInvoiceCommands(&app, &session, &action);
+    AddInvoiceRegisterCommand(&app, &session, &action);
     AddInvoiceSyncCommands(&app, &session, &action);
     AddInvoiceWarehouseCommands(&app, &session, &action);
     AddInvoiceExportCommands(&app, &session, &action);

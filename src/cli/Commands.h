@@ -12,6 +12,8 @@ using Action = std::function<int()>;
 // Each adds its group of commands; the callback of the chosen one sets the action.
 void AddArchiveCommands(CLI::App *app, Session *session, Action *action);
 void AddInvoiceCommands(CLI::App *app, Session *session, Action *action);
+/// Registration of invoices, in the group `fatture`, which must be there already.
+void AddInvoiceRegisterCommand(CLI::App *app, Session *session, Action *action);
 /// Synchronisation with a provider, in the group `fatture`, which must be there already.
 void AddInvoiceSyncCommands(CLI::App *app, Session *session, Action *action);
 /// Files and readable documents of invoices, in the group `fatture`, which must be there already.

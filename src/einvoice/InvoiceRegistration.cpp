@@ -1,5 +1,6 @@
 #include "einvoice/InvoiceRegistration.h"
 
+#include "einvoice/InvoiceComparison.h"
 #include "einvoice/InvoiceDocuments.h"
 #include "einvoice/InvoiceRounding.h"
 #include "ledger/EntryEditing.h"
@@ -19,6 +20,8 @@
 
 namespace {
 
+constexpr const char *kTooManyRates = "Non è possibile gestire più di 7 aliquote iva!";
+
 bool Stop(std::string *reason, const std::string &text)
 {
     AfxMessageBox(text, MB_OK | MB_ICONSTOP);
@@ -32,10 +35,11 @@ bool ChooseCausale(SACommand *cmd, const FORNITORI &supplier, long wanted, const
 {
     long code = wanted != 0 ? wanted : supplier.for_cau;
     if (code == 0 && choices.choose_causale) code = choices.choose_causale(lumera_db_flag.flg_cau_fatture);
-    if (code == 0 || !sqlcac.Search(cmd, code, causale)) {
-        *reason = code == 0 ? "Nessuna causale contabile scelta." : fmt::format("La causale {} non esiste.", code);
+    if (code == 0) {
+        *reason = "Nessuna causale contabile scelta.";
         return false;
     }
+    if (!sqlcac.Search(cmd, code, causale)) return Stop(reason, fmt::format("La causale {} non esiste.", code));
     if (!IsPurchaseRegister(causale->cac_reg))
         return Stop(reason, "Il registro della causale contabile preimpostata non è valido!");
     if (causale->cac_iva != 1) return Stop(reason, "La causale deve essere una causale iva!");
@@ -211,26 +215,6 @@ void LinkFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry)
                 }
 }
 
-/// The posted entry against the document, figure by figure: what was stored must be what was received.
-std::string DifferenceFromDocument(const fatturapa::FatturaElettronicaBody &body, const PNOTA &entry)
-{
-    const fatturapa::SummaryTotals totals = fatturapa::SumOfSummary(body);
-    double taxable = 0, tax = 0;
-    for (const PNOTA_IVA &line : entry.iva) {
-        taxable += line.impo;
-        tax += line.imposta;
-    }
-    const int sign = SignOf(body);
-    const TotalReading reading = ReadTotal(body);
-    if (reading.is_stamp_duty) taxable -= sign * reading.rounding; // has a line of its own beside the summary
-    if (!TestIfZero(taxable - sign * totals.imponibile))
-        return fmt::format("Imponibile registrato {}, in fattura {}.", FormatAmount(taxable),
-                           FormatAmount(totals.imponibile));
-    if (!TestIfZero(tax - sign * totals.imposta))
-        return fmt::format("Imposta registrata {}, in fattura {}.", FormatAmount(tax), FormatAmount(totals.imposta));
-    return {};
-}
-
 /// The company's own self-invoices come back from the exchange system and are no purchases; amounts in another currency
 /// cannot be booked as euro without the bookkeeper knowing.
 bool IsOrdinaryPurchase(const CFattureElettronicheDB &content, const fatturapa::DatiGeneraliDocumentoType &document,
@@ -254,7 +238,7 @@ bool FillVatLines(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body,
     std::size_t line = 0;
     for (const auto &row : body.DatiBeniServizi.DatiRiepilogo) {
         if (line == kVatLines) {
-            AfxMessageBox("Non è possibile gestire più di 7 aliquote iva!", MB_OK | MB_ICONSTOP);
+            AfxMessageBox(kTooManyRates, MB_OK | MB_ICONSTOP);
             return false;
         }
         CODIVA code;
@@ -278,9 +262,10 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     CommandScope scope(cmd);
     const fatturapa::FatturaElettronicaBody &body = content.Documents().at(document);
     const auto &general = body.DatiGenerali.DatiGeneraliDocumento;
+    if (body.DatiBeniServizi.DatiRiepilogo.size() > kVatLines) return Stop(reason, kTooManyRates);
     if (!IsOrdinaryPurchase(content, general, reason)) return false;
     bool is_new = false;
-    if (!FindOrCreateSupplier(scope.get(), content.Header().CedentePrestatore, choices, &prepared->supplier, &is_new)) {
+    if (!CreaFornnitore(scope.get(), content.Header().CedentePrestatore, choices, &prepared->supplier, &is_new)) {
         *reason = "Fornitore non individuato.";
         return false;
     }
@@ -295,9 +280,7 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     if (lumera_db_flag.flg_fatture_altro_anno == 0 && Year(prepared->entry.pno_data) != lumera_db_impo.dit_anno)
         return Stop(reason, "Non è possibile contabilizzare il documento nell'anno corrente!");
     if (!FillVatLines(scope.get(), body, choices, &prepared->entry)) {
-        *reason = body.DatiBeniServizi.DatiRiepilogo.size() > kVatLines
-                      ? "Non è possibile gestire più di 7 aliquote iva!"
-                      : "Codice IVA non individuato.";
+        *reason = "Codice IVA non individuato.";
         return false;
     }
     const long duplicate = FindDuplicateDocument(scope.get(), prepared->entry, DuplicateYear::OfRegistration);
@@ -310,6 +293,13 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     NoteWhatMatters(body, prepared);
     LinkFiles(scope.get(), filed, &prepared->entry);
     return true;
+}
+
+void AttachReadable(const ALLEGATI &pdf, PNOTA *entry)
+{
+    const bool has_it = std::any_of(entry->allegati.begin(), entry->allegati.end(),
+                                    [&](const PNOTA_ALLEGATO &file) { return file.pat_fname == pdf.all_fname; });
+    if (!has_it) entry->allegati.push_back(AttachmentFrom(pdf));
 }
 
 RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t document, long causale,
@@ -327,9 +317,6 @@ RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t docum
     if (!PrepareInvoiceEntry(scope.get(), filed, content, document, causale, choices, &prepared, &outcome.reason))
         return outcome;
     outcome.notes = prepared.notes;
-    if (const std::string difference = DifferenceFromDocument(content.Documents()[document], prepared.entry);
-        !difference.empty())
-        outcome.notes.push_back(difference);
 
     std::string why_not;
     const std::optional<InstalmentProposal> instalments =
@@ -355,6 +342,8 @@ RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t docum
     if (prepared.supplier.for_pag == 0)
         AfxMessageBox("Nessuna modalità di pagamento impostata sul fornitore!\n\nNessuna scadenza generata.",
                       MB_OK | MB_ICONEXCLAMATION);
+    for (std::string &difference : CompareWithInvoice(content.Documents()[document], prepared.entry))
+        outcome.notes.push_back(std::move(difference));
     outcome.registered = true;
     outcome.entry = std::move(prepared.entry);
     return outcome;

@@ -11,8 +11,10 @@
 /// What the registration asks for beside questions: browsers and editors on the desk, options on the command line. A
 /// function that is not set, or gives 0 or false, means that the user gave up.
 struct RegistrationChoices {
-    std::function<long(const fatturapa::PartyType &seller)> choose_supplier;      ///< supplier browser: a code
-    std::function<bool(FORNITORI *prepared)> confirm_supplier;                    ///< supplier editor on a new record
+    std::function<long(const fatturapa::PartyType &seller)> choose_supplier; ///< supplier browser: a code
+    /// The supplier editor on a new record, which it may store or leave to be stored with the entry; either way the
+    /// record holds what was confirmed.
+    std::function<bool(FORNITORI *prepared)> confirm_supplier;
     std::function<long(long proposed)> choose_causale;                            ///< causale browser: a code
     std::function<long(const fatturapa::DatiRiepilogoType &row)> choose_vat_code; ///< VAT code browser: a code
     long registration_day = 0;                                                    ///< 0 = the document's date
@@ -38,9 +40,10 @@ struct RegistrationOutcome {
 
 /// The supplier of an invoice: by VAT number, then by fiscal code, the highest code winning. When neither finds one the
 /// user decides: search by hand, a new supplier from the seller's data, or give up.
+/// @param is_new  set when the supplier is still to be stored: a new one that its editor has not stored already
 /// @return false when the registration stops
-bool FindOrCreateSupplier(SACommand *cmd, const fatturapa::PartyType &seller, const RegistrationChoices &choices,
-                          FORNITORI *supplier, bool *is_new);
+bool CreaFornnitore(SACommand *cmd, const fatturapa::PartyType &seller, const RegistrationChoices &choices,
+                    FORNITORI *supplier, bool *is_new);
 
 /// A supplier record prepared from the seller's data: number proposed, nothing stored.
 FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller);
@@ -52,12 +55,16 @@ bool FillVatLines(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body,
                   PNOTA *entry);
 
 /// Builds the entry of one body: supplier, causale, header, VAT lines, duplicate check, rows, rounding, files to
-/// attach. Asks on the way; writes nothing.
+/// attach. Asks on the way; writes nothing itself. A document of more VAT rows than an entry holds is refused before
+/// anything is asked.
 /// @param causale  0 = the supplier's preset one, else the browser
 /// @return false when the registration stops; reason says why
 bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content,
                          std::size_t document, long causale, const RegistrationChoices &choices,
                          PreparedInvoice *prepared, std::string *reason);
+
+/// Attaches the readable document to an entry that is not stored yet, unless it has it already.
+void AttachReadable(const ALLEGATI &pdf, PNOTA *entry);
 
 /// The whole way without a window: prepares, checks as the editor does, and stores supplier, entry, files and
 /// instalments in one transaction.

@@ -27,6 +27,14 @@ std::string AddressLine(const fatturapa::IndirizzoType &address)
     return address.NumeroCivico.empty() ? address.Indirizzo : address.Indirizzo + ", " + address.NumeroCivico;
 }
 
+/// Whether the archive has this supplier under its code; another station may have given the code to somebody else.
+bool IsStored(SACommand *cmd, const FORNITORI &supplier)
+{
+    FORNITORI stored;
+    return sqlfor.Search(cmd, supplier.for_codice, &stored) && stored.for_desc == supplier.for_desc &&
+           stored.for_piva == supplier.for_piva && stored.for_codfis == supplier.for_codfis;
+}
+
 } // namespace
 
 FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller)
@@ -34,11 +42,13 @@ FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller)
     const auto &anagrafica = seller.DatiAnagrafici.Anagrafica;
     FORNITORI supplier;
     supplier.for_codice = sqlfor.NextCode(cmd);
-    if (anagrafica.Denominazione.empty() && !anagrafica.Cognome.empty()) {
+    if (anagrafica.Denominazione.empty() && !(anagrafica.Cognome.empty() && anagrafica.Nome.empty())) {
         supplier.for_pers = "F";
         supplier.for_rag_soc1 = anagrafica.Cognome;
         supplier.for_rag_soc2 = anagrafica.Nome;
-        supplier.for_desc = fmt::sprintf("%-s, %-s", anagrafica.Cognome, anagrafica.Nome);
+        supplier.for_desc = anagrafica.Cognome.empty() || anagrafica.Nome.empty()
+                                ? fatturapa::NameOf(anagrafica)
+                                : fmt::sprintf("%-s, %-s", anagrafica.Cognome, anagrafica.Nome);
         // A person who issues invoices with a VAT number trades in his own name.
         supplier.for_ditta_ind = seller.DatiAnagrafici.IdFiscaleIVA.IdCodice.empty() ? 0 : 1;
     } else {
@@ -63,8 +73,8 @@ FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller)
     return supplier;
 }
 
-bool FindOrCreateSupplier(SACommand *cmd, const fatturapa::PartyType &seller, const RegistrationChoices &choices,
-                          FORNITORI *supplier, bool *is_new)
+bool CreaFornnitore(SACommand *cmd, const fatturapa::PartyType &seller, const RegistrationChoices &choices,
+                    FORNITORI *supplier, bool *is_new)
 {
     CommandScope scope(cmd);
     *is_new = false;
@@ -80,8 +90,9 @@ bool FindOrCreateSupplier(SACommand *cmd, const fatturapa::PartyType &seller, co
         if (answer == IDCANCEL) return false;
         if (answer == IDNO) {
             *supplier = SupplierFromSeller(scope.get(), seller);
-            *is_new = choices.confirm_supplier && choices.confirm_supplier(supplier);
-            return *is_new;
+            if (!choices.confirm_supplier || !choices.confirm_supplier(supplier)) return false;
+            *is_new = !IsStored(scope.get(), *supplier);
+            return true;
         }
         code = choices.choose_supplier ? choices.choose_supplier(seller) : 0;
     }

@@ -104,14 +104,13 @@ long CountDuplicates(SACommand *cmd, const PNOTA &entry)
     return query.Field("numrec").asLong();
 }
 
-} // namespace
-
-StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTogether &together)
+/// What StoreEntry looks at and asks before it writes.
+/// @param duplicates  entries of the same document that the user was asked about
+StoreOutcome AskBeforeStoring(SACommand *cmd, PNOTA *entry, bool is_new, long new_counterpart, long *duplicates)
 {
     if (entry->pno_codice == 0) return Refused({}, "Numero di movimento mancante.");
-    CommandScope scope(cmd);
-    if (const EntryFault fault = ValidateEntry(scope.get(), entry)) return Refused(fault, DescribeFault(fault));
-    if (const StoreOutcome missing = MissingReference(scope.get(), *entry, together.new_counterpart); !missing.stored) {
+    if (const EntryFault fault = ValidateEntry(cmd, entry)) return Refused(fault, DescribeFault(fault));
+    if (const StoreOutcome missing = MissingReference(cmd, *entry, new_counterpart); !missing.stored) {
         BeepRefused();
         AfxMessageBox(missing.reason, MB_OK | MB_ICONSTOP);
         return missing;
@@ -123,16 +122,36 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTo
             "e segnalarle.",
             MB_OK | MB_ICONEXCLAMATION);
     }
-    const long duplicates = is_new ? CountDuplicates(scope.get(), *entry) : 0;
+    *duplicates = is_new ? CountDuplicates(cmd, *entry) : 0;
     if (is_new && entry->pno_data_doc != 0 &&
-        !ConfirmDuplicate(FindDuplicateDocument(scope.get(), *entry, DuplicateYear::OfDocument)))
+        !ConfirmDuplicate(FindDuplicateDocument(cmd, *entry, DuplicateYear::OfDocument)))
         return Refused({}, "Documento già registrato.");
-    if (!ClosedYearsAccepted(scope.get(), *entry, is_new)) return Refused({}, "Esercizio chiuso.");
-    if (const std::string fault = CostCentreFault(scope.get(), entry); !fault.empty()) {
+    if (!ClosedYearsAccepted(cmd, *entry, is_new)) return Refused({}, "Esercizio chiuso.");
+    if (const std::string fault = CostCentreFault(cmd, entry); !fault.empty()) {
         BeepRefused();
         AfxMessageBox(fault, MB_OK | MB_ICONSTOP);
         return Refused({}, fault);
     }
+    return {true, {}, {}};
+}
+
+} // namespace
+
+std::string WhyNotStorable(SACommand *cmd, PNOTA *entry, long new_counterpart)
+{
+    CommandScope scope(cmd);
+    long duplicates = 0;
+    return AskBeforeStoring(scope.get(), entry, true, new_counterpart, &duplicates).reason;
+}
+
+StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTogether &together)
+{
+    CommandScope scope(cmd);
+    long duplicates = 0;
+    if (const StoreOutcome refused =
+            AskBeforeStoring(scope.get(), entry, is_new, together.new_counterpart, &duplicates);
+        !refused.stored)
+        return refused;
 
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Journal);

@@ -26,6 +26,11 @@ struct StoreTogether {
 /// @throws SAException, and then nothing is stored
 StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTogether &together = {});
 
+/// Why StoreEntry would refuse a new entry, with the same questions; empty when it would store it. Writes nothing, so
+/// that many entries can be looked at before the first is stored.
+/// @param new_counterpart  code of the counterpart that would be stored with it, 0 = none
+std::string WhyNotStorable(SACommand *cmd, PNOTA *entry, long new_counterpart = 0);
+
 /// Which date of an entry the duplicate search looks at.
 enum class DuplicateYear { OfDocument, OfRegistration };
 

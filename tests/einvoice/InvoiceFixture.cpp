@@ -98,7 +98,7 @@ std::vector<std::string> InvoiceTest::RowsOf(const PNOTA &entry)
 std::string InvoiceTest::Stored()
 {
     std::string counts;
-    for (const char *table : {"allegati", "fornito1", "pnota1", "pnotaro2", "pnotaall", "scadenze"})
+    for (const char *table : {"allegati", "fatture", "fornito1", "pnota1", "pnotaro2", "pnotaall", "scadenze"})
         counts += fmt::format("{} {}, ", table, Count(table));
     return counts;
 }

@@ -10,6 +10,10 @@ using testing::ElementsAre;
 constexpr const char *kDuplicate =
     "Attenzione!\n\nE' già stato registrato un documento con lo stesso numero il 10/03/2026.\n\nVuoi Continuare?";
 constexpr const char *kNoTerms = "Nessuna modalità di pagamento impostata sul fornitore!\n\nNessuna scadenza generata.";
+constexpr const char *kSupplierNotFound =
+    "Non è stato possibile individuare il fornitore con la partita IVA o con il codice Fiscale!\n\nVuoi cercarlo "
+    "manualmente ?\n\nRispondi :\nSI - per cercalo\nNO - per creare un nuovo Fornitore\nAnnulla - per annullare la "
+    "contabilizzazione";
 constexpr const char *kSevenRates = "Non è possibile gestire più di 7 aliquote iva!";
 constexpr const char *kOtherYear = "Non è possibile contabilizzare il documento nell'anno corrente!";
 
@@ -263,6 +267,20 @@ TEST_P(RegistrationTest, EightRatesOfTheSampleAreRefused)
     ExpectRefused(Register(code), kSevenRates);
 }
 
+TEST_P(RegistrationTest, EighthRateIsRefusedBeforeAnythingIsAsked)
+{
+    InvoiceSpec spec;
+    spec.seller_vat = spec.seller_fiscal_code = "01251347207"; // nobody's
+    spec.total = "84.10";
+    spec.summary = Rates(8);
+    const std::string text = InvoiceText(spec);
+    for (const std::string &bytes : {text, Replaced(text, "<Divisa>EUR", "<Divisa>USD")}) {
+        const long code = Filed(bytes);
+        user_.Expect(kSevenRates);
+        ExpectRefused(Register(code), kSevenRates);
+    }
+}
+
 // --- causale and year
 // -------------------------------------------------------------------------------------------------
 
@@ -276,6 +294,7 @@ TEST_P(RegistrationTest, OnlyPurchaseCausaliWithVatAreTaken)
     }
     user_.Expect("La causale deve essere una causale iva!");
     ExpectRefused(Register(code, 22), "La causale deve essere una causale iva!");
+    user_.Expect("La causale 999 non esiste.");
     ExpectRefused(Register(code, 999), "La causale 999 non esiste.");
 
     Run("UPDATE admin.fornito1 SET for_cau = NULL WHERE for_codice = 1");
@@ -303,6 +322,40 @@ TEST_P(RegistrationTest, OtherYearIsRefusedUnlessTheCompanyAllowsIt)
     const RegistrationOutcome outcome = Register(code);
     ASSERT_TRUE(outcome.registered) << outcome.reason;
     EXPECT_EQ(FormatDate(outcome.entry.pno_data), "31/12/2025");
+}
+
+// Supplier, causale, year, VAT codes, duplicate: whoever is refused early is not asked what comes later.
+TEST_P(RegistrationTest, QuestionsComeInTheOrderOfTheWork)
+{
+    Run("UPDATE admin.fornito1 SET for_cau = NULL WHERE for_codice = 1");
+    std::vector<std::string> asked;
+    const auto note = [&](const char *what) {
+        asked.push_back(fmt::format("{} dopo {}", what, user_.shown.size()));
+        return 1L;
+    };
+    choices_.choose_supplier = [&](const fatturapa::PartyType &) { return note("fornitore"); };
+    choices_.choose_causale = [&](long proposed) { return note("causale") * proposed; };
+    choices_.choose_vat_code = [&](const fatturapa::DatiRiepilogoType &) { return note("codice IVA") * 22; };
+    ASSERT_TRUE(Register(Filed(InvoiceSpec{})).registered);
+    asked.clear();
+
+    InvoiceSpec spec;
+    spec.seller_vat = spec.seller_fiscal_code = "01251347207";
+    spec.total = "121.00";
+    spec.summary = {{"21.00", "100.00", "21.00", "", "", "", ""}};
+    const long code = Filed(spec);
+    user_.Expect(kSupplierNotFound, IDYES);
+    user_.Expect("Selezionare Aliquota IVA 21.00\n\nNatura : IMPONIBILE");
+    user_.Expect("L'aliquota iva selezionata non è conforme a quanto indicato in fattura!");
+    user_.Expect(kDuplicate, IDNO);
+    EXPECT_FALSE(Register(code).registered);
+    EXPECT_THAT(asked, ElementsAre("fornitore dopo 1", "causale dopo 1", "codice IVA dopo 2"));
+
+    spec.date = "2025-03-10";
+    const long other_year = Filed(spec);
+    user_.Expect(kSupplierNotFound, IDYES);
+    user_.Expect(kOtherYear);
+    EXPECT_FALSE(Register(other_year).registered);
 }
 
 // --- duplicates

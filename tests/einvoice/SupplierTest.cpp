@@ -31,7 +31,7 @@ class SupplierTest : public InvoiceTest {
     {
         FORNITORI supplier;
         bool is_new = false;
-        const bool found = FindOrCreateSupplier(Cmd(), SellerOf(text), choices_, &supplier, &is_new);
+        const bool found = CreaFornnitore(Cmd(), SellerOf(text), choices_, &supplier, &is_new);
         EXPECT_FALSE(is_new);
         return found ? supplier.for_codice : 0;
     }
@@ -127,6 +127,34 @@ TEST_P(SupplierTest, NewLegalPersonCarriesTheSellersData)
     EXPECT_EQ(supplier.for_prov, "RE");
     EXPECT_EQ(supplier.for_naz, "IT");
     EXPECT_EQ(ArchiveFaults(), "");
+}
+
+// The editor of a window stores the supplier, a command leaves it to be stored with the entry.
+TEST_P(SupplierTest, SupplierIsNewUntilItIsStored)
+{
+    const fatturapa::PartyType seller = SellerOf(InvoiceText(FromUnknownSeller()));
+    const auto is_new_after = [&](const std::function<void(FORNITORI *)> &confirm) {
+        choices_.confirm_supplier = [&](FORNITORI *prepared) {
+            confirm(prepared);
+            return true;
+        };
+        FORNITORI supplier;
+        bool is_new = false;
+        user_.Expect(kNotFound, IDNO);
+        EXPECT_TRUE(CreaFornnitore(Cmd(), seller, choices_, &supplier, &is_new));
+        EXPECT_EQ(supplier.for_codice, 26);
+        return is_new;
+    };
+    EXPECT_TRUE(is_new_after([](FORNITORI *) {}));
+    const auto store = [&](FORNITORI *prepared) { sqlfor.SqlTransaction(Cmd(), kInsert, prepared); };
+    EXPECT_TRUE(is_new_after([&](FORNITORI *prepared) {
+        FORNITORI other = *prepared;
+        other.for_desc = "Altra ditta";
+        store(&other);
+    })) << "another station took the code for somebody else";
+    Run("DELETE FROM admin.fornito1 WHERE for_codice = 26");
+    EXPECT_FALSE(is_new_after(store));
+    EXPECT_EQ(Count("fornito1"), "26");
 }
 
 TEST_P(SupplierTest, NewNaturalPersonIsCalledBySurnameAndName)

@@ -14,6 +14,7 @@
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/widgets/Pickers.h"
 
+#include <QLabel>
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
@@ -36,8 +37,17 @@ bool CPNota::IsRecordLoaded() const
 
 bool CPNota::OnInitDialog()
 {
+    ShowNote();
+    if (m_single && !m_open) {
+        form_->prepared = std::make_unique<PNOTA>(m_pnota);
+        ShowPrepared();
+        // Once more when the window is there: as it appears, a grid goes to its first cell.
+        QMetaObject::invokeMethod(
+            this, [this] { FocusMissing(); }, Qt::QueuedConnection);
+        return true;
+    }
     long number = m_open ? m_pnota.pno_codice : 0;
-    if (OfferMaintenance(&number)) { // which may have given the entry another number
+    if (!m_single && OfferMaintenance(&number)) { // which may have given the entry another number
         if (m_open) sqlpno.Search(nullptr, number, &m_pnota);
         if (form_->list) form_->list->LoadTable(nullptr, true);
     }
@@ -69,6 +79,31 @@ void CPNota::ShowEntry(bool is_new)
     SetChanged(false);
 }
 
+void CPNota::ShowPrepared()
+{
+    ShowEntry(true);
+    form_->protocol_order = DescribeProtocolOrder(nullptr, m_pnota);
+    ShowTotals();
+    SetChanged(true);
+    FocusMissing();
+}
+
+void CPNota::FocusMissing()
+{
+    const PNOTA &entry = m_pnota;
+    const bool has_counterpart = entry.pno_rel == kCustomer || entry.pno_rel == kSupplier;
+    if (entry.pno_cau == 0) return SetFocusTo(form_->causale);
+    if (has_counterpart && entry.pno_cli_for == 0) return SetFocusTo(form_->counterpart);
+    if (entry.pno_cau_iva == 1 && entry.pno_doc.empty()) return SetFocusTo(form_->document);
+    if (TestIfZero(entry.pno_tot_doc)) return SetFocusTo(form_->total);
+    for (std::size_t i = 0; i < kEntryRows; ++i) {
+        const PNOTA_RIGA &row = entry.righe[i];
+        if (row.InUse() && row.row_con == 0) return FocusFault({EntryField::RowAccount, i});
+        if (row.InUse() && row.row_sot == 0) return FocusFault({EntryField::RowSubAccount, i});
+    }
+    SetFocusTo(form_->document);
+}
+
 void CPNota::Blank()
 {
     auto blank = std::make_unique<PNOTA>();
@@ -86,7 +121,8 @@ bool CPNota::focusNextPrevChild(bool next)
 
 void CPNota::CountFiles()
 {
-    form_->files = form_->is_new ? 0 : CountAttachments(nullptr, m_pnota.pno_codice);
+    form_->files = form_->is_new ? static_cast<long>(m_pnota.allegati.size()) // which are stored with it
+                                 : CountAttachments(nullptr, m_pnota.pno_codice);
 }
 
 bool CPNota::Attempt(const char *tag, const std::function<void()> &work)
@@ -289,6 +325,10 @@ void CPNota::OnRecordAnnulla()
 
 void CPNota::Reread()
 {
+    if (form_->prepared) {
+        m_pnota = *form_->prepared;
+        return ShowPrepared();
+    }
     if (form_->is_new) {
         Blank();
         ShowEntry(true);

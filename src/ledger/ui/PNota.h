@@ -23,6 +23,22 @@ class CPNota : public CTarvoRecordDialog {
     bool m_open = false;  ///< true: opens on m_pnota, an entry of the archive. False: on a blank new one
     bool m_saved = false; ///< something was stored
     long m_row = 0;       ///< row of the list that shows the entry, from 1; 0 = none
+    /// True: opens for m_pnota alone, which its opener prepared to be stored as a new entry or, with m_open, loaded. No
+    /// other entry is reached from here, and the editor closes as soon as it is stored: what follows a new entry, its
+    /// instalments and files, is then the opener's business.
+    bool m_single = false;
+    std::string m_note; ///< shown above the entry as long as it is open; empty = nothing
+
+    /// Something to read while an entry is typed, shown left of it. It never gets the focus: the keys are the editor's.
+    /// Where the screen has no room for both it waits hidden, and the editor scrolls with the focus when it is shown.
+    struct Beside {
+        QWidget *widget = nullptr;        ///< the editor's from then on
+        QString caption;                  ///< of the key that hides and shows it: "Fattura"
+        QString name;                     ///< "la fattura"
+        std::function<void(int)> scroll;  ///< by half the widget's height, negative = back
+        std::function<void(double)> zoom; ///< by a factor; 1 = as wide as the widget again
+    };
+    void ShowBeside(Beside beside); ///< before DoModal
 
     void SetField() override;
     void GetField() override;
@@ -57,7 +73,11 @@ class CPNota : public CTarvoRecordDialog {
     void OnRecordCerca() override;
     void OnRecordPrec() override;
     void OnRecordSucc() override;
+    void OnUpdateRecordNuovo(CCmdUI *command) override { command->Enable(!m_single); }
     void OnUpdateRecordApri(CCmdUI *command) override;
+    void OnUpdateRecordCerca(CCmdUI *command) override { command->Enable(!m_single); }
+    void OnUpdateRecordPrec(CCmdUI *command) override { command->Enable(!m_single); }
+    void OnUpdateRecordSucc(CCmdUI *command) override { command->Enable(!m_single); }
 
     bool OnLostFocusEventCodCau();
     bool OnLostFocusEventNumero();
@@ -98,6 +118,8 @@ class CPNota : public CTarvoRecordDialog {
     /// Opens the table record of the code with the focus: causale, counterpart, section, terms, VAT code, account.
     void OpenEditor();
 
+    void OnKickIdle() override;
+
   protected:
     bool OnInitDialog() override;
     void EnterFirstField() override;
@@ -111,11 +133,21 @@ class CPNota : public CTarvoRecordDialog {
     void BuildTotals();
     void BuildGrids();
     void AddCommands();
+    void AddBesideCommands();
+    void ShowBesideWidget(bool shown);
+    int RoomForBoth() const;
+    int BesideWidth() const;
+    void ShowNote();
+    void KeepFocusInView();
+    void RestoreLayout() override;
+    void SaveLayout() override;
 
     void ShowVatLines();
     void ShowRows();
     void ShowTotals();
     void ShowEntry(bool is_new); ///< as it was loaded or blanked: nothing is changed
+    void ShowPrepared();         ///< the opener's new entry: to be stored, so leaving it asks
+    void FocusMissing();         ///< on the first thing that it lacks, else on its document number
     void TakeAccount(int row, long mas, long con, long sot);
     bool KeepWorkingDate();
     void CountFiles();

@@ -264,7 +264,7 @@ void CPNota::AddCommands()
                        .tooltip = "Comincia una nuova scrittura uguale a questa",
                        .icon = "nuovo",
                        .run = [this] { OnCopia(); },
-                       .update = when_stored,
+                       .update = [this](CCmdUI *command) { command->Enable(IsRecordLoaded() && !m_single); },
                        .shortcut = "Ctrl+D"});
     // The toolbar is as wide as a small screen; these two stand below, past the last row for the mouse alone.
     QAbstractButton *check = AddCommand({.caption = "Controlla",
@@ -306,6 +306,11 @@ CPNota::CPNota(CGestionePrimaNota *list, CWnd *parent) : CTarvoRecordDialog(pare
 
     auto *layout = new QVBoxLayout(Content());
     layout->setContentsMargins(0, 0, 0, 0);
+    f.note = new QLabel(Content());
+    f.note->setWordWrap(true);
+    f.note->setTextFormat(Qt::PlainText);
+    f.note->hide();
+    layout->addWidget(f.note);
     auto *head = new QHBoxLayout;
     head->addWidget(f.header, 1);
     head->addSpacing(fontMetrics().averageCharWidth() * 3);
@@ -433,6 +438,7 @@ void CPNota::Protect(SACommand *)
     f.terms->Protect(!has_counterpart);
     f.terms_day->Protect(!has_counterpart);
     f.protocol->Protect(m_pnota.pno_reg <= kJournalOnly);
+    f.number->Protect(m_single); // which would lead to another entry
     setWindowTitle(f.is_new ? "Prima Nota" : "Modifica Prima Nota");
     ProtectIva();
 }

@@ -4,7 +4,12 @@
 #include "tarvodlg/widgets/Fields.h"
 #include "tarvodlg/widgets/SpreadSheet.h"
 
+#include <QPointer>
+#include <QRect>
 #include <optional>
+
+class QScrollArea;
+class QSplitter;
 
 // The controls of the entry editor; for the sources of CPNota only.
 
@@ -54,4 +59,13 @@ struct CPNota::Form {
     QWidget *header = nullptr, *details = nullptr, *totals = nullptr;
     CSpreadSheet *vat = nullptr, *rows = nullptr;
     CGestionePrimaNota *list = nullptr;
+
+    QLabel *note = nullptr;
+    std::unique_ptr<PNOTA> prepared; ///< as the opener gave it; null = opened on anything else
+    Beside beside;
+    QSplitter *splitter = nullptr;      ///< null = nothing beside
+    QScrollArea *entry_area = nullptr;  ///< holds the entry when there is
+    QPointer<const QWidget> seen_focus; ///< whose place was brought into view
+    QRect seen_cell;
+    bool is_beside_chosen = false; ///< the user hid or showed it himself
 };

@@ -102,6 +102,7 @@ void CPNota::Store()
     m_saved = true;
     SetChanged(false);
     ShowInList(is_new);
+    if (m_single) return EndDialog(IDOK);
     if (!is_new) {
         SetField();
         return SetFocusTo(form_->document);
@@ -174,6 +175,7 @@ void CPNota::Delete()
     m_saved = true;
     if (form_->list)
         if (const long row = form_->list->RowOf(m_pnota.pno_codice)) form_->list->DeleteRow(row);
+    if (m_single) return EndDialog(IDOK);
     ShowAfterDelete();
 }
 
