@@ -6,7 +6,9 @@
 #include "desk/ui/Opening.h"
 #include "desk/ui/StartPage.h"
 #include "desk/ui/WelcomePage.h"
+#include "einvoice/InvoiceInbox.h"
 #include "tarvodlg/widgets/Field.h"
+#include "tarvodlg/widgets/SpreadSheet.h"
 #include "tests/support/TestArchive.h"
 #include "tests/support/WindowKeys.h"
 
@@ -14,6 +16,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QTest>
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <set>
@@ -220,6 +223,34 @@ TEST_P(DeskTest, WhatIsDueLeadsToTheInstalmentAndToTheListOfItsSide)
     EXPECT_THAT(StartText(), testing::HasSubstr("€ 1.235,50"));
     EXPECT_EQ(title_behind("1 scadenza entro sette giorni"), "Gestione Scadenze Fornitori");
     EXPECT_THAT(StartText(), testing::HasSubstr("€ 1.236,50"));
+}
+
+TEST_P(DeskTest, AWaitingInvoiceLeadsToItsPlaceInTheList)
+{
+    const std::filesystem::path samples = std::filesystem::path(LUMERA_SOURCE_DIR) / "samples" / "fatture";
+    ImportInvoices(Cmd(), {samples / "IT02565617350_00A24.xml", samples / "IT19949417158_1C7Q2.xml"});
+    keys::Press(Qt::Key_F5);
+    const auto row_behind = [&](const char *words) {
+        const auto is_there = [&] { return QApplication::focusWidget()->accessibleName().startsWith(words); };
+        QString title, chosen;
+        keys::WhenNextWindowOpens([&](QWidget *window) {
+            title = window->windowTitle();
+            const auto *list = window->findChild<CSpreadSheet *>();
+            EXPECT_TRUE(QTest::qWaitFor([list] { return list->RowCount() == 2; }));
+            chosen = ToQt(list->Text(list->ActiveRow(), 5));
+            keys::Press(Qt::Key_Escape);
+        });
+        keys::Open(desk_.get()); // without a window manager nobody gives it the focus back
+        Shown<CStartPage>()->setFocus();
+        for (int stops = 0; stops < 60 && !is_there(); ++stops) keys::Press(Qt::Key_Tab);
+        EXPECT_TRUE(is_there()) << words;
+        keys::Press(Qt::Key_Return);
+        EXPECT_EQ(FromQt(title), "Fatture Elettroniche Passive  [01/06/2026  -  01/06/2026]");
+        return FromQt(chosen);
+    };
+    EXPECT_EQ(row_behind("Ristoro Padano"), "88");
+    EXPECT_EQ(row_behind("Fatture ricevute da registrare"), "24/2026");
+    EXPECT_EQ(desk_->focusWidget(), Shown<CStartPage>());
 }
 
 TEST_P(DeskTest, AFaultOfTheArchiveIsToldOnThePage)

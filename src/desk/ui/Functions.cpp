@@ -3,6 +3,8 @@
 #include "desk/ui/ArchiveFunctions.h"
 #include "desk/ui/Opening.h"
 #include "desk/ui/StampaPrimaNota.h"
+#include "einvoice/ui/FattureElettroniche.h"
+#include "einvoice/ui/RegistraFatture.h"
 #include "ledger/ui/GestionePrimaNota.h"
 #include "ledger/ui/PNota.h"
 #include "schedule/ui/CruscottoScadenze.h"
@@ -88,6 +90,18 @@ void AddSchedule(std::vector<DeskFunction> *functions)
                           QStringLiteral("I saldi aperti di clienti e fornitori del programma precedente")});
 }
 
+void AddInvoices(std::vector<DeskFunction> *functions)
+{
+    const QString area = QStringLiteral("Fatture elettroniche");
+    functions->push_back(
+        {area, QStringLiteral("Fatture ricevute"), QStringLiteral("fatture"), QStringLiteral("Ctrl+Shift+M"),
+         Open<CFattureElettroniche>,
+         QStringLiteral("Si caricano, si leggono, si registrano, entrano in magazzino, si esportano")});
+    functions->push_back({area, QStringLiteral("Registra le fatture da registrare..."), QStringLiteral("contabilita"),
+                          QStringLiteral("Ctrl+Shift+Y"), Open<CRegistraFatture>,
+                          QStringLiteral("Molte in una volta: prima si vede come, poi si registrano insieme")});
+}
+
 void AddTables(std::vector<DeskFunction> *functions)
 {
     struct Table {
@@ -161,6 +175,7 @@ std::vector<DeskFunction> DeskFunctions()
     std::vector<DeskFunction> functions;
     AddLedger(&functions);
     AddSchedule(&functions);
+    AddInvoices(&functions);
     AddTables(&functions);
     AddArchive(&functions);
     return functions;

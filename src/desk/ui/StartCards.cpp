@@ -61,11 +61,11 @@ class Card : public QFrame {
         auto *picture = new QLabel;
         picture->setPixmap(TarvoIcon(icon).pixmap(QSize(line * 3 / 2, line * 3 / 2), devicePixelRatioF()));
         head->addWidget(picture);
-        auto *caption = new CElidedLabel(title);
-        QFont bold = caption->font();
+        caption_ = new CElidedLabel(title);
+        QFont bold = caption_->font();
         bold.setBold(true);
-        caption->setFont(bold);
-        head->addWidget(caption, 1);
+        caption_->setFont(bold);
+        head->addWidget(caption_, 1);
         if (!count.isEmpty()) head->addWidget(new QLabel(count));
         column->addLayout(head);
         lines_ = new QGridLayout;
@@ -77,10 +77,14 @@ class Card : public QFrame {
         setAccessibleName(title + QLatin1Char(' ') + count);
     }
 
+    /// Where the title leads.
+    void LeadTo(std::function<void()> where) { caption_->LeadTo(std::move(where)); }
+
     /// A line over the whole width.
     void AddText(const QString &text, const QColor &colour = {})
     {
         auto *label = new QLabel(text);
+        label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
         if (colour.isValid()) Colour(label, colour);
         lines_->addWidget(label, row_++, 0, 1, 4);
@@ -117,6 +121,7 @@ class Card : public QFrame {
     }
 
   private:
+    CElidedLabel *caption_;
     QGridLayout *lines_;
     int row_ = 0;
 };
@@ -136,7 +141,7 @@ void AddGroup(Card *card, const QString &words, const WaitingInstalments &group,
 
 } // namespace
 
-QWidget *InvoicesCard(const Waiting &waiting)
+QWidget *InvoicesCard(const Waiting &waiting, const InvoiceActions &actions)
 {
     auto *card =
         new Card(QStringLiteral("fatture"), QStringLiteral("Fatture ricevute da registrare"),
@@ -144,13 +149,17 @@ QWidget *InvoicesCard(const Waiting &waiting)
                                        : QStringLiteral("%1%2")
                                              .arg(waiting.are_invoices_at_least ? QStringLiteral("circa ") : QString())
                                              .arg(waiting.invoices));
-    if (waiting.invoices == 0) card->AddText(QStringLiteral("Tutte registrate."), QuietColour(card->palette()));
+    if (waiting.invoices == 0)
+        card->AddText(QStringLiteral("Tutte registrate."), QuietColour(card->palette()));
+    else
+        card->LeadTo(actions.list);
     for (const InvoiceRow &row : waiting.oldest_invoices) {
+        const auto open = [open = actions.open, code = row.code] { open(code); };
         if (row.fault.empty())
-            card->AddLine(ToQt(FormatDate(row.day)), row.seller_name, "n. " + row.number,
-                          ToQt(FormatAmount(row.total)));
+            card->AddLine(ToQt(FormatDate(row.day)), row.seller_name, "n. " + row.number, ToQt(FormatAmount(row.total)),
+                          open);
         else
-            card->AddLine({}, fmt::format("Documento {}: {}", row.code, row.fault), {}, {});
+            card->AddLine({}, fmt::format("Documento {}: {}", row.code, row.fault), {}, {}, open);
     }
     card->AddMore(waiting.invoices - static_cast<long>(waiting.oldest_invoices.size()));
     return card;

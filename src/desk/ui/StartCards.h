@@ -7,7 +7,12 @@
 
 // The cards of the start page. They only show, and lead where the caller says; the caller's layout owns them.
 
-QWidget *InvoicesCard(const Waiting &waiting);
+/// Where the card of invoices leads.
+struct InvoiceActions {
+    std::function<void(long code)> open; ///< to one file
+    std::function<void()> list;          ///< to all that wait
+};
+QWidget *InvoicesCard(const Waiting &waiting, const InvoiceActions &actions);
 /// Where a card of instalments leads.
 struct InstalmentActions {
     std::function<void(long number)> open; ///< to one instalment

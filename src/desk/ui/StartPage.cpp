@@ -2,10 +2,12 @@
 
 #include "desk/ui/Guarded.h"
 #include "desk/ui/StartCards.h"
+#include "einvoice/ui/FattureElettroniche.h"
 #include "ledger/ui/GestionePrimaNota.h"
 #include "schedule/ScheduleList.h"
 #include "schedule/ui/GestioneScadenze.h"
 #include "schedule/ui/Scadenze.h"
+#include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/widgets/Field.h"
 #include "tarvodlg/widgets/FormBuilder.h"
@@ -83,7 +85,7 @@ void CStartPage::Show(const Waiting &waiting)
     grid_->setSpacing(fontMetrics().height());
     column->addLayout(grid_);
     column->addStretch(1);
-    cards_ = {InvoicesCard(waiting), Instalments(waiting, kCustomer), Instalments(waiting, kSupplier),
+    cards_ = {Invoices(waiting), Instalments(waiting, kCustomer), Instalments(waiting, kSupplier),
               UnbalancedCard(waiting, [this](long number) { OpenEntry(number); })};
     Arrange();
 }
@@ -91,6 +93,34 @@ void CStartPage::Show(const Waiting &waiting)
 void CStartPage::OpenEntry(long number)
 {
     RunAndRefresh([number] { EditPNota(number); });
+}
+
+QWidget *CStartPage::Invoices(const Waiting &waiting)
+{
+    // From the day on which the first one that waits arrived: what the card counts is then in the list.
+    long first = CurrentUserInterface().Today();
+    for (const InvoiceRow &row : waiting.oldest_invoices) {
+        const SADateTime &moment = row.acquired;
+        const long day = DateToJulian(moment.GetDay(), moment.GetMonth(), moment.GetYear());
+        if (day != 0) first = std::min(first, day);
+    }
+    InvoiceActions actions;
+    actions.open = [this, first](long code) { OpenInvoices(first, code); };
+    actions.list = [this, first] { OpenInvoices(first, 0); };
+    return InvoicesCard(waiting, actions);
+}
+
+/// @param code  the file to stand on, 0 = the first
+void CStartPage::OpenInvoices(long first, long code)
+{
+    RunAndRefresh([this, first, code] {
+        CFattureElettroniche list(window());
+        list.m_first = first;
+        list.m_last = CurrentUserInterface().Today();
+        list.m_only_open = true;
+        list.m_select = code;
+        list.DoModal();
+    });
 }
 
 QWidget *CStartPage::Instalments(const Waiting &waiting, long side)

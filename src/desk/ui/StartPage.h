@@ -25,6 +25,8 @@ class CStartPage : public QScrollArea {
     void Show(const Waiting &waiting);
     void ShowFault(const QString &text);
     void OpenEntry(long number);
+    void OpenInvoices(long first, long code);
+    QWidget *Invoices(const Waiting &waiting);               ///< the card
     QWidget *Instalments(const Waiting &waiting, long side); ///< the card
     void RunAndRefresh(const std::function<void()> &work);
     QVBoxLayout *NewContent();
