@@ -3,9 +3,7 @@
 
 #include "tarvolumera/PSQLpno.h"
 
-namespace {
-
-void Bind(sqlite3_stmt *statement, int number, const BareValue &value)
+void BindSqlite(sqlite3_stmt *statement, int number, const BareValue &value)
 {
     switch (value.kind) {
     case BareValue::Kind::Null:
@@ -20,8 +18,13 @@ void Bind(sqlite3_stmt *statement, int number, const BareValue &value)
     case BareValue::Kind::Text:
         sqlite3_bind_text(statement, number, value.text.data(), static_cast<int>(value.text.size()), SQLITE_STATIC);
         break;
+    case BareValue::Kind::Bytes:
+        sqlite3_bind_blob(statement, number, value.text.data(), static_cast<int>(value.text.size()), SQLITE_STATIC);
+        break;
     }
 }
+
+namespace {
 
 class BareSqliteJournal final : public BareJournal {
   public:
@@ -110,7 +113,7 @@ class BareSqliteJournal final : public BareJournal {
     void Insert(sqlite3_stmt *statement, const BareInsert &insert)
     {
         int number = 0;
-        for (const BareValue &value : insert.values) Bind(statement, ++number, value);
+        for (const BareValue &value : insert.values) BindSqlite(statement, ++number, value);
         Run(statement);
     }
 

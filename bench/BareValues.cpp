@@ -41,10 +41,12 @@ BareValue ValueOf(const ColumnDescription &column, void *member)
         const auto &moment = *static_cast<SADateTime *>(member);
         return moment.IsNull() ? BareValue{} : Text(moment.DateTimeText());
     }
-    case ColumnKind::Bytes:
-        break;
+    case ColumnKind::Bytes: {
+        const auto &bytes = *static_cast<std::vector<std::byte> *>(member);
+        return {BareValue::Kind::Bytes, 0, 0, {reinterpret_cast<const char *>(bytes.data()), bytes.size()}};
     }
-    throw std::logic_error("the journal has no column of bytes");
+    }
+    throw std::logic_error("a column of an unknown kind");
 }
 
 } // namespace

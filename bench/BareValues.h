@@ -12,12 +12,15 @@ struct PNOTA;
 /// A value as the bare client libraries take it, made ready before the clock starts: the bare side has nothing to do
 /// but to hand it over.
 struct BareValue {
-    enum class Kind { Null, Integer, Real, Text };
+    enum class Kind { Null, Integer, Real, Text, Bytes };
     Kind kind = Kind::Null;
     long long integer = 0;
     double real = 0;
-    std::string text; ///< of every kind but Null: PostgreSQL takes all values as text
+    std::string text; ///< of every kind but Null: PostgreSQL takes all values but bytes as text
 };
+
+struct sqlite3_stmt;
+void BindSqlite(sqlite3_stmt *statement, int number, const BareValue &value);
 
 /// An INSERT with its values.
 struct BareInsert {

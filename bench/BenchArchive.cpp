@@ -160,6 +160,52 @@ void BenchArchive::FillSchedule(long instalments) const
     for (const char *table : {"clienti1", "fornito1", "scadenze"}) Settle(&connection, table);
 }
 
+void BenchArchive::FillInvoices(long invoices, long bytes) const
+{
+    FillJournal(invoices / 2);
+    const bool is_file = engine_ == SAEngine::SQLite;
+    const char *moment = is_file
+                             ? "strftime('%Y-%m-%d %H:%M:%S', '2026-01-01', '+' || (n * 8700 / :entries) || ' hours')"
+                             : "TIMESTAMP '2026-01-01' + n * 8700 / :entries * INTERVAL '1 hour'";
+    // What a server could not compress away.
+    const std::string content = is_file
+                                    ? fmt::format("randomblob({})", bytes)
+                                    : fmt::format("decode((SELECT string_agg(md5(CAST(n + i AS VARCHAR(20))), '') FROM"
+                                                  " generate_series(1, {}) AS i), 'hex')",
+                                                  (bytes + 15) / 16);
+    constexpr char kNumbers[] = " WITH RECURSIVE numbers(n) AS (SELECT CAST(1 AS BIGINT) UNION ALL"
+                                " SELECT n + 1 FROM numbers WHERE n < :entries)";
+    const std::string suppliers =
+        fmt::format("INSERT INTO admin.fornito1 (for_codice, for_desc, for_piva){} SELECT {} + n,"
+                    " 'Officine meccaniche n. ' || CAST(n * 7919 % 5003 AS VARCHAR(10)) || ' S.r.l.',"
+                    " LPAD(CAST(n AS VARCHAR(11)), 11, '8') FROM numbers",
+                    kNumbers, kFirstCounterpart - 1);
+    const std::string files = fmt::format(
+        "INSERT INTO admin.allegati (all_codice, all_anno, all_tab_tipo, all_desc, all_fname, all_bytes_size,"
+        " all_date_time, all_impronta, all_data){} SELECT n, 2026, 20, 'Fattura di prova',"
+        " 'IT' || CAST(n AS VARCHAR(10)) || '.xml', {}, {}, CAST(n AS VARCHAR(64)), {} FROM numbers",
+        kNumbers, bytes, moment, content);
+    constexpr char kSummaries[] =
+        "INSERT INTO admin.fatture (fat_codice, fat_documento, fat_anno, fat_fname, fat_acquisita, fat_cedente,"
+        " fat_piva, fat_tipo, fat_numero, fat_data, fat_totale)"
+        " SELECT all_codice, 1, 2026, all_fname, all_date_time, 'Officine meccaniche S.r.l.',"
+        " LPAD(CAST(1 + all_codice % 5000 AS VARCHAR(11)), 11, '8'), 'TD01', CAST(all_codice AS VARCHAR(10)) || '/E',"
+        " '2026-05-04', all_codice % 5000 + 122.31 FROM admin.allegati WHERE all_codice <= :entries";
+    constexpr char kRegistered[] = "UPDATE admin.pnota1 SET pno_all = pno_codice * 2, pno_all_doc = 1"
+                                   " WHERE pno_codice <= :entries";
+    SAConnection connection;
+    connection.Connect(target_);
+    connection.SetDurability(SADurability::Relaxed);
+    SATransaction transaction(&connection);
+    Run(&connection, suppliers, kCounterparts);
+    Run(&connection, files, invoices);
+    Run(&connection, kSummaries, invoices);
+    Run(&connection, kRegistered, invoices / 2);
+    transaction.Commit();
+    connection.SetDurability(SADurability::Full);
+    for (const char *table : {"fornito1", "allegati", "fatture", "pnota1"}) Settle(&connection, table);
+}
+
 // What a server in use does by itself after a while. Here it is done once and then kept from happening: the plans of a
 // journal without statistics read all entries of the year for the next protocol, so the archive whose turn came first
 // would win by far.

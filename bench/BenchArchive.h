@@ -33,6 +33,10 @@ class BenchArchive {
     /// one in fifty of the others are open; then as FillJournal.
     void FillSchedule(long instalments) const;
 
+    /// Files received invoices of one year from 5,000 suppliers, one document each with its summary, half of them
+    /// registered; the files hold so many bytes that are no invoice. Then as FillJournal.
+    void FillInvoices(long invoices, long bytes) const;
+
   private:
     void Settle(SAConnection *connection, const char *table) const;
 

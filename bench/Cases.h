@@ -49,5 +49,16 @@ int RunPrintProbe(const std::filesystem::path &folder, long entries);
 /// @param samples  folder with plain .xml invoices
 void MeasureInvoices(const std::filesystem::path &samples, Findings &findings);
 
+/// Loading files of received invoices, one commit each, against the bare XML parse and the client library alone.
+void MeasureImporting(const BenchPlaces &places, SAEngine engine, long files, Findings &findings);
+
+/// Registering filed invoices in one run, planned and stored, against the client library that reads and parses the same
+/// files, reads what the entries are made from, and stores the same rows.
+void MeasureRegistering(const BenchPlaces &places, SAEngine engine, long invoices, Findings &findings);
+
+/// The list of received invoices against the client library alone with the same query, and with large files against
+/// small ones: the list reads no file.
+void MeasureInvoiceList(const BenchPlaces &places, SAEngine engine, long invoices, Findings &findings);
+
 /// The grid with 1,000,000 rows against the same with 10,000, and against the bare values.
 void MeasureGrid(Findings &findings);

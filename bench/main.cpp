@@ -20,6 +20,7 @@ struct Options {
     long memory_probe = 0, print_probe = 0;
 
     long Stored() const { return entries != 0 ? entries : 5'000; }
+    long Invoices() const { return entries != 0 ? entries : 1'000; }
     long Listed() const { return entries != 0 ? entries : 100'000; }
     long Due() const { return entries != 0 ? entries * 10 : 1'000'000; }
     bool Wants(const std::string &group) const { return only.empty() || only == group; }
@@ -54,6 +55,9 @@ void MeasureEngine(const Options &options, const BenchPlaces &places, SAEngine e
         archive.FillSchedule(options.Due());
         MeasureSchedule(archive, options.Due(), findings);
     }
+    if (options.Wants("import")) MeasureImporting(places, engine, options.Invoices(), findings);
+    if (options.Wants("register")) MeasureRegistering(places, engine, options.Invoices(), findings);
+    if (options.Wants("invoices")) MeasureInvoiceList(places, engine, options.Listed() / 2, findings);
     const auto groups = {"list", "open", "browse", "memory", "print"};
     if (std::none_of(groups.begin(), groups.end(), [&](const char *group) { return options.Wants(group); })) return;
     const BenchArchive archive(places, engine, "listing");
@@ -86,7 +90,8 @@ int main(int argc, char **argv)
     CLI::App app("Measures the program against the bare client libraries and the bare XML parser.");
     Options options;
     app.add_option("--entries", options.entries,
-                   "Entries stored (5000 by default) and listed (100000 by default); ten times as many instalments")
+                   "Entries stored (5000 by default) and listed (100000 by default); ten times as many instalments;"
+                   " invoices loaded and registered (1000 by default), half as many as entries listed")
         ->check(CLI::Range(10L, 10'000'000L));
     app.add_option("--postgres", options.postgres, "Address of a PostgreSQL server on which databases may be created")
         ->envname("LUMERA_TEST_POSTGRES");
@@ -94,7 +99,8 @@ int main(int argc, char **argv)
         ->check(CLI::ExistingDirectory);
     app.add_option("--samples", options.samples, "Folder with FatturaPA files")->check(CLI::ExistingDirectory);
     app.add_option("--only", options.only, "One group of cases")
-        ->check(CLI::IsMember({"store", "schedule", "list", "open", "browse", "memory", "print", "read", "grid"}));
+        ->check(CLI::IsMember({"store", "schedule", "import", "register", "invoices", "list", "open", "browse",
+                               "memory", "print", "read", "grid"}));
     app.add_flag("--json", options.json, "Print the findings as JSON");
     app.add_flag("--verbose", options.verbose, "Print the plans of the browse queries");
     app.add_option("--memory-probe", options.memory_probe)->group("");
