@@ -16,7 +16,7 @@ namespace {
 
 /// What the entry takes from its counterpart.
 struct CounterpartData {
-    long code = 0, account = 0, terms = 0;
+    long relation = kNoCounterpart, code = 0, account = 0, terms = 0;
     Text<91> name;
 };
 
@@ -26,11 +26,11 @@ CounterpartData ReadCounterpart(SACommand *cmd, long relation, long code)
     if (relation == kCustomer) {
         CLIENTI customer;
         sqlcli.Search(cmd, code, &customer);
-        data = {customer.cli_codice, GetContoCliente(&customer), customer.cli_pag, customer.cli_desc};
+        data = {relation, customer.cli_codice, GetContoCliente(&customer), customer.cli_pag, customer.cli_desc};
     } else if (relation == kSupplier) {
         FORNITORI supplier;
         sqlfor.Search(cmd, code, &supplier);
-        data = {supplier.for_codice, GetContoFornitore(&supplier), supplier.for_pag, supplier.for_desc};
+        data = {relation, supplier.for_codice, GetContoFornitore(&supplier), supplier.for_pag, supplier.for_desc};
     }
     return data;
 }
@@ -60,7 +60,9 @@ void RowFromTemplate(SACommand *cmd, const CAUCONT &causale, const CAUCONT_RIGA 
         row->row_con = counterpart.account;
         row->row_sot = counterpart.code;
     }
-    row->des_sot = AccountDescription(cmd, row->Account());
+    const bool is_own = counterpart.code != 0 && row->Account().IsSet() &&
+                        MasterRelation(lumera_db_impo, row->row_mas) == counterpart.relation;
+    row->des_sot = is_own ? counterpart.name : AccountDescription(cmd, row->Account());
     if (causale.cac_codice == 0) return;
     row->row_auto = model.car_auto;
     row->row_tipo = model.car_tipo == 0 ? "D" : model.car_tipo == 1 ? "A" : "";
@@ -81,7 +83,13 @@ void EnterCausale(SACommand *cmd, PNOTA *entry, long code)
 {
     CommandScope scope(cmd);
     CAUCONT causale;
-    const bool found = sqlcac.Search(scope.get(), code, &causale);
+    sqlcac.Search(scope.get(), code, &causale);
+    EnterCausale(scope.get(), entry, causale);
+}
+
+void EnterCausale(SACommand *cmd, PNOTA *entry, const CAUCONT &causale)
+{
+    CommandScope scope(cmd);
     entry->pno_cau = causale.cac_codice;
     entry->pno_reg = causale.cac_reg;
     entry->pno_cau_iva = causale.cac_iva;
@@ -93,7 +101,7 @@ void EnterCausale(SACommand *cmd, PNOTA *entry, long code)
     entry->iva = {};
 
     CounterpartData counterpart;
-    entry->pno_rel = found && causale.cac_rel != kNoCounterpart ? causale.cac_rel : kNoCounterpart;
+    entry->pno_rel = causale.cac_codice != 0 ? causale.cac_rel : kNoCounterpart;
     if (entry->pno_rel != kNoCounterpart) {
         counterpart = ReadCounterpart(scope.get(), entry->pno_rel, entry->pno_cli_for);
         TakeCounterpart(scope.get(), entry, counterpart);

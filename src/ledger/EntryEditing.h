@@ -2,12 +2,16 @@
 
 #include "tarvolumera/JournalEntry.h"
 
+struct CAUCONT;
+
 // What the fields of an entry do to the rest of it when they change. Each function is called after the user left the
 // field, only when it was modified.
 
 /// The causale drives the whole entry: register, VAT flag, section, protocol, counterpart, rows from its template.
 /// @param code  a causale that does not exist leaves the entry without one
 void EnterCausale(SACommand *cmd, PNOTA *entry, long code);
+/// The same with the causale at hand. @param causale  as read, with its template rows; blank = none
+void EnterCausale(SACommand *cmd, PNOTA *entry, const CAUCONT &causale);
 
 /// Takes the counterpart code typed and completes name, terms, and the rows on the counterpart's account.
 /// @return false when no such customer or supplier exists; the entry then has none

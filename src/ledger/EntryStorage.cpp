@@ -40,9 +40,12 @@ StoreOutcome MissingReference(SACommand *cmd, const PNOTA &entry, long new_count
     for (std::size_t i = 0; i < kEntryRows; ++i) {
         const PNOTA_RIGA &row = entry.righe[i];
         if (!row.InUse()) continue;
-        const bool on_new = new_counterpart != 0 && row.row_sot == new_counterpart &&
-                            MasterRelation(lumera_db_impo, row.row_mas) == entry.pno_rel;
-        if (!on_new && !AccountExists(cmd, row.Account()))
+        const bool same_side = MasterRelation(lumera_db_impo, row.row_mas) == entry.pno_rel;
+        if (same_side && new_counterpart != 0 && row.row_sot == new_counterpart) continue;
+        // The counterpart itself was found above: only the account it stands on is left to look for.
+        CONTI level;
+        const bool is_own = same_side && entry.pno_rel != kNoCounterpart && row.row_sot == entry.pno_cli_for;
+        if (!(is_own ? sqlcon.Search(cmd, row.row_mas, row.row_con, &level) : AccountExists(cmd, row.Account())))
             return Refused({EntryField::RowSubAccount, i}, fmt::format("Riga n. {}: il conto {}.{}.{} non esiste.",
                                                                        i + 1, row.row_mas, row.row_con, row.row_sot));
     }
@@ -123,8 +126,7 @@ StoreOutcome AskBeforeStoring(SACommand *cmd, PNOTA *entry, bool is_new, long ne
             MB_OK | MB_ICONEXCLAMATION);
     }
     *duplicates = is_new ? CountDuplicates(cmd, *entry) : 0;
-    if (is_new && entry->pno_data_doc != 0 &&
-        !ConfirmDuplicate(FindDuplicateDocument(cmd, *entry, DuplicateYear::OfDocument)))
+    if (*duplicates > 0 && !ConfirmDuplicate(FindDuplicateDocument(cmd, *entry, DuplicateYear::OfDocument)))
         return Refused({}, "Documento già registrato.");
     if (!ClosedYearsAccepted(cmd, *entry, is_new)) return Refused({}, "Esercizio chiuso.");
     if (const std::string fault = CostCentreFault(cmd, entry); !fault.empty()) {

@@ -172,6 +172,32 @@ void SettleProtocol(SACommand *cmd, PNOTA *entry)
     entry->pno_prot = has_protocol ? GetProt(cmd, entry->pno_sez, Year(entry->pno_data), entry->pno_reg) : 0;
 }
 
+/// The rows with the names of what they stand on: of a sub-account from the same query, of the entry's own counterpart
+/// from its header.
+void LoadRows(SACommand *cmd, PNOTA *entry)
+{
+    SACommand query(cmd->Connection(),
+                    "SELECT " + sqlrow.ColumnList() +
+                        ", sot_desc FROM admin.pnotaro2 LEFT JOIN admin.sotcon ON sot_mas = row_mas"
+                        " AND sot_con = row_con AND sot_codice = row_sot WHERE row_codice = :codice ORDER BY row_idx");
+    query.Param("codice").setAsLong(entry->pno_codice);
+    query.Execute();
+    while (query.FetchNext()) {
+        PNOTA_RIGA read;
+        sqlrow.ReadFields(&query, &read);
+        if (read.row_idx < 1 || read.row_idx > static_cast<long>(kEntryRows)) continue;
+        PNOTA_RIGA &row = entry->righe[static_cast<std::size_t>(read.row_idx - 1)];
+        row = read;
+        if (row.InUse()) row.des_sot = query.Field("sot_desc").asStringView();
+    }
+    for (PNOTA_RIGA &row : entry->righe) {
+        const long relation = row.InUse() ? MasterRelation(lumera_db_impo, row.row_mas) : kNoCounterpart;
+        if (relation == kNoCounterpart) continue;
+        const bool is_own = row.Account().IsSet() && relation == entry->pno_rel && row.row_sot == entry->pno_cli_for;
+        row.des_sot = is_own && !entry->des_clifor.empty() ? entry->des_clifor : AccountDescription(cmd, row.Account());
+    }
+}
+
 } // namespace
 
 CPSQLpno::CPSQLpno() : CTable(JournalDescription()) {}
@@ -204,19 +230,6 @@ bool CPSQLpno::Reload(SACommand *cmd, PNOTA *entry, bool whole) const
 
 void CPSQLpno::LoadDetails(SACommand *cmd, PNOTA *entry) const
 {
-    const auto bind = [&](SACommand &query) { query.Param("codice").setAsLong(entry->pno_codice); };
-    sqlrow.ForEach(cmd, " WHERE row_codice = :codice ORDER BY row_idx", bind, [&](const PNOTA_RIGA &row) {
-        if (row.row_idx >= 1 && row.row_idx <= static_cast<long>(kEntryRows))
-            entry->righe[static_cast<std::size_t>(row.row_idx - 1)] = row;
-        return true;
-    });
-    sqlpcc.ForEach(cmd, " WHERE pcc_pno = :codice ORDER BY pcc_idx", bind, [&](const PNOTA_CENTRO &line) {
-        entry->centri.push_back(line);
-        return true;
-    });
-    for (PNOTA_RIGA &row : entry->righe) {
-        if (row.InUse()) row.des_sot = AccountDescription(cmd, row.Account());
-    }
     if (entry->pno_rel == kCustomer) {
         CLIENTI customer;
         sqlcli.Search(cmd, entry->pno_cli_for, &customer);
@@ -226,6 +239,14 @@ void CPSQLpno::LoadDetails(SACommand *cmd, PNOTA *entry) const
         sqlfor.Search(cmd, entry->pno_cli_for, &supplier);
         entry->des_clifor = supplier.for_desc;
     }
+    LoadRows(cmd, entry);
+    sqlpcc.ForEach(
+        cmd, " WHERE pcc_pno = :codice ORDER BY pcc_idx",
+        [&](SACommand &query) { query.Param("codice").setAsLong(entry->pno_codice); },
+        [&](const PNOTA_CENTRO &line) {
+            entry->centri.push_back(line);
+            return true;
+        });
     PAGAMENTI terms;
     sqlpag.Search(cmd, entry->pno_pag, &terms);
     entry->des_pag = terms.pag_desc;

@@ -2,23 +2,25 @@
 
 #include "tarvodlg/base/Dates.h"
 
+#include <fmt/format.h>
+
 CPSQLrow sqlrow;
 CPSQLpcc sqlpcc;
 
 namespace {
 
-/// Rows carry the code of their header, and the headers are fewer.
-bool HasOperation(SACommand *cmd, long date, long first, long second)
+/// Rows carry the code of their header, and the headers are fewer. The codes stand in the text: bound, PostgreSQL plans
+/// for the most common one, the ordinary entry, and reads the whole journal to find none.
+bool HasOperation(SACommand *cmd, long date, const char *codes)
 {
     if (date == 0) return false;
     CommandScope scope(cmd);
-    SACommand query(scope->Connection(), "SELECT pno_codice FROM admin.pnota1 WHERE pno_operazione IN (:tipo1, :tipo2)"
-                                         " AND pno_data BETWEEN :d_start AND :d_stop LIMIT 1");
+    SACommand query(scope->Connection(), fmt::format("SELECT pno_codice FROM admin.pnota1 WHERE pno_operazione IN ({})"
+                                                     " AND pno_data BETWEEN :d_start AND :d_stop LIMIT 1",
+                                                     codes));
     const int year = Year(date);
     query.Param("d_start").setAsDateTime(SADateTime(year, 1, 1));
     query.Param("d_stop").setAsDateTime(SADateTime(year, 12, 31));
-    query.Param("tipo1").setAsLong(first);
-    query.Param("tipo2").setAsLong(second);
     query.Execute();
     return query.FetchNext();
 }
@@ -40,12 +42,14 @@ CPSQLrow::CPSQLrow()
 
 bool CPSQLrow::CheckChiusura(SACommand *cmd, long date) const
 {
-    return HasOperation(cmd, date, kClosing, kProfitAndLoss);
+    static_assert(kClosing == 1 && kProfitAndLoss == 2);
+    return HasOperation(cmd, date, "1, 2");
 }
 
 bool CPSQLrow::CheckApertura(SACommand *cmd, long date) const
 {
-    return HasOperation(cmd, date, kOpening, kOpening);
+    static_assert(kOpening == 3);
+    return HasOperation(cmd, date, "3");
 }
 
 CPSQLpcc::CPSQLpcc()

@@ -1,6 +1,7 @@
 #include "tarvolumera/TarvoPostgreSQL.h"
 
 #include "tarvolumera/Company.h"
+#include "tarvolumera/MasterRecords.h"
 #include "tarvolumera/archive/SchemaText.h"
 
 #include <fmt/format.h>
@@ -102,10 +103,13 @@ void CTarvoPostgreSQL::Create(SACommand *cmd) const
 
 bool CTarvoPostgreSQL::FetchRecord(SACommand *query, void *record) const
 {
+    MasterRecords *known = MasterRecords::Of(query->Connection(), description_);
+    if (known != nullptr && known->Take(query, description_, record)) return true;
     query->Execute();
     if (!query->FetchNext()) return false;
     description_.Read(query, record);
     query->Close();
+    if (known != nullptr) known->Keep(query, description_, record);
     return true;
 }
 
@@ -114,6 +118,7 @@ void CTarvoPostgreSQL::Transact(SACommand *cmd, int operation, const void *recor
     const std::string &text = operation == kInsert   ? description_.InsertText()
                               : operation == kUpdate ? description_.UpdateText()
                                                      : description_.DeleteText();
+    MasterRecords::Forget(cmd->Connection());
     SACommand write(cmd->Connection(), text);
     description_.Bind(&write, record);
     write.Execute();

@@ -1,3 +1,4 @@
+#include "tarvolumera/ChartOfAccounts.h"
 #include "tarvolumera/JournalTotals.h"
 #include "tarvolumera/PSQLpno.h"
 #include "tarvolumera/PSQLrow.h"
@@ -72,6 +73,23 @@ TEST_P(JournalTest, AWholeEntryComesBack)
     PNOTA untouched = read;
     EXPECT_FALSE(sqlpno.Search(Cmd(), 4711, &untouched));
     EXPECT_EQ(untouched.pno_codice, 1);
+}
+
+TEST_P(JournalTest, RowsAreNamedAfterWhatTheyStandOn)
+{
+    PNOTA entry = Entry("2026-03-15");
+    SetRow(&entry.righe[1], {250, 1, 2}, "A", 1.00);
+    SetRow(&entry.righe[2], {lumera_db_impo.dit_mas_cli, 1, 1}, "D", 1.00); // the supplier's number, on the other side
+    sqlpno.SqlTransaction(Cmd(), kInsert, &entry);
+    PNOTA read;
+    ASSERT_TRUE(sqlpno.Search(Cmd(), entry.pno_codice, &read));
+    for (const std::size_t i : {0U, 1U, 2U, 99U}) {
+        SCOPED_TRACE(i);
+        EXPECT_FALSE(read.righe[i].des_sot.empty());
+        EXPECT_EQ(read.righe[i].des_sot, AccountDescription(Cmd(), read.righe[i].Account()));
+    }
+    EXPECT_EQ(read.righe[99].des_sot, read.des_clifor);
+    EXPECT_TRUE(read.righe[3].des_sot.empty());
 }
 
 TEST_P(JournalTest, ProtocolsRunPerSectionRegisterAndYear)
