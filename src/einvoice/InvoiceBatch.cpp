@@ -5,6 +5,7 @@
 #include "ledger/EntryStorage.h"
 #include "schedule/Instalments.h"
 #include "tarvodlg/base/Dates.h"
+#include "tarvolumera/MasterRecords.h"
 #include "tarvolumera/SaExceptionDisplay.h"
 
 #include <algorithm>
@@ -299,6 +300,7 @@ BatchPlan PlanRegistration(SACommand *cmd, const std::vector<BatchTarget> &targe
     std::ranges::stable_sort(rows, {}, [](const InvoiceRow &row) { return std::pair(row.code, row.document); });
 
     CommandScope scope(cmd);
+    const MasterRecords known(scope.get()); // what changes meanwhile is seen when the document is stored
     FileReader reader(scope.get());
     std::vector<Planned> planned;
     planned.reserve(rows.size());

@@ -1,5 +1,6 @@
 #include "einvoice/InvoiceDocuments.h"
 
+#include "einvoice/InvoiceInbox.h"
 #include "einvoice/InvoicePdf.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
@@ -17,7 +18,8 @@ ALLEGATI FiledInvoice(SACommand *cmd, long code)
 {
     ALLEGATI filed;
     if (!sqlall.SearchByCode(cmd, code, &filed) || filed.all_tab_tipo != kReceivedInvoices)
-        throw SAException(SA_UserGenerated_Error, 20060, fmt::format("La fattura elettronica n. {} non esiste.", code));
+        throw SAException(SA_UserGenerated_Error, kNoSuchInvoice,
+                          fmt::format("La fattura elettronica n. {} non esiste.", code));
     return filed;
 }
 
@@ -197,8 +199,10 @@ std::optional<long> DeleteInvoicePdf(SACommand *cmd, long code)
             if (IsNameOfInvoice(scope.get(), year, names)) continue;
             SACommand query(
                 scope->Connection(),
-                "DELETE FROM admin.allegati WHERE all_anno = :anno AND (all_fname = :name1 OR all_fname = :name2)");
+                "DELETE FROM admin.allegati WHERE all_anno = :anno AND (all_fname = :name1 OR all_fname = :name2)"
+                " AND all_tab_codice IN (0, :codice)"); // the others are other invoices'
             BindNames(query, year, names);
+            query.Param("codice").setAsLong(code);
             query.Execute();
             deleted += query.RowsAffected();
         }
@@ -238,6 +242,9 @@ FilesExported ExportFiles(SACommand *cmd, const FilesExport &what, const std::fi
             ++exported.written;
         } catch (const InvoiceFileError &damaged) {
             exported.faults.emplace_back(damaged.what());
+        } catch (const SAException &failed) {
+            if (failed.ErrNativeCode() != kNoSuchInvoice) throw;
+            exported.faults.push_back(failed.ErrText()); // another station deleted it; the others are still there
         }
     }
     return exported;

@@ -143,6 +143,7 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
         result.text = filed.all_desc.str();
     } catch (const InvoiceFileError &error) {
         result.text = error.Detail().empty() ? error.what() : error.Detail();
+        result.message = error.what();
     } catch (const SAException &error) {
         if (EndsTheRun(error)) throw;
         result.text = DescribeError(error); // the next file may be better
@@ -156,6 +157,7 @@ std::vector<ImportResult> ImportInvoices(SACommand *cmd, const std::vector<std::
     CommandScope scope(cmd);
     CTarvoProgressDlg progress;
     progress.SetStatus("Importazione files in corso...");
+    if (paths.size() > 1) progress.SetRange(0, static_cast<long>(paths.size()));
     std::vector<ImportResult> results;
     const auto add = [&](ImportResult result) {
         if (each) each(result);
@@ -164,19 +166,22 @@ std::vector<ImportResult> ImportInvoices(SACommand *cmd, const std::vector<std::
     long current = 0;
     for (const std::filesystem::path &path : paths) {
         ++current;
-        progress.SetStatus(
-            fmt::sprintf("Importazione file %ld di %ld in corso...", current, static_cast<long>(paths.size())));
+        const std::string status =
+            fmt::sprintf("Importazione file %ld di %ld in corso...", current, static_cast<long>(paths.size()));
+        progress.SetStatus(status);
         try {
             ForEachOfferedFile(path, [&](const OfferedFile &file) {
+                if (file.origin != path.string()) progress.SetStatus(status + "\n" + file.name); // of an archive
                 if (!file.fault.empty())
-                    add({file.origin, ImportOutcome::Refused, 0, file.fault, {}});
+                    add({file.origin, ImportOutcome::Refused, 0, file.fault, {}, {}});
                 else
                     add(ImportInvoice(scope.get(), file.origin, file.name, file.bytes));
                 return true;
             });
         } catch (const FileError &error) {
-            add({path.string(), ImportOutcome::Refused, 0, error.what(), {}});
+            add({path.string(), ImportOutcome::Refused, 0, error.what(), {}, {}});
         }
+        progress.SetPos(current);
     }
     return results;
 }
@@ -224,7 +229,7 @@ bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long d
                scope.get(),
                "SELECT COUNT(*) AS numrec FROM admin.testate1 WHERE tes_cod_for = :codfor AND tes_n_fat = :n_doc AND "
                "tes_d_fat = :d_doc",
-               supplier, "n_doc", number, "d_doc", day, 0) > 0;
+               supplier, "n_doc", Text<20>(Trimmed(number)), "d_doc", day, 0) > 0; // as the warehouse keeps it
 }
 
 bool FindSupplierOfRow(SACommand *cmd, std::string_view vat_number, std::string_view fiscal_code, FORNITORI *supplier)
@@ -282,11 +287,24 @@ ALLEGATI FiledDocument(SACommand *cmd, long code)
 {
     ALLEGATI filed;
     if (!sqlall.SearchByCode(cmd, code, &filed) || filed.all_tab_tipo != kReceivedInvoices)
-        throw SAException(SA_UserGenerated_Error, 20060, fmt::format("La fattura elettronica n. {} non esiste.", code));
+        throw SAException(SA_UserGenerated_Error, kNoSuchInvoice,
+                          fmt::format("La fattura elettronica n. {} non esiste.", code));
     return filed;
 }
 
 } // namespace
+
+bool IsFiled(SACommand *cmd, long code)
+{
+    CommandScope scope(cmd);
+    SACommand query(scope->Connection(), "SELECT COUNT(*) AS numrec FROM admin.allegati WHERE all_codice = :codice"
+                                         " AND all_tab_tipo = :tipo");
+    query.Param("codice").setAsLong(code);
+    query.Param("tipo").setAsLong(kReceivedInvoices);
+    query.Execute();
+    query.FetchNext();
+    return query.Field("numrec").asLong() > 0;
+}
 
 ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content)
 {

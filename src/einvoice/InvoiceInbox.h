@@ -19,6 +19,7 @@ struct ImportResult {
     long code = 0;    ///< number of the filed document, also of the one that was already there
     std::string text; ///< what was loaded, or why not
     std::vector<std::string> warnings;
+    std::string message; ///< of a file that cannot be read: the same for a window of its own, with its name
 };
 
 /// What must be set on the company before any invoice is taken in. Empty when all is there, else the message.
@@ -81,8 +82,13 @@ void StreamInvoices(SACommand *cmd, const InvoiceFilter &filter, const std::func
 /// bounds of the period are the parameters "start" and "stop".
 std::string InvoiceListQuery(const InvoiceFilter &filter);
 
-/// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (20060 when there is no such
-/// document)
+/// Native code of the SAException that a number without a filed invoice gives.
+inline constexpr long kNoSuchInvoice = 20060;
+
+/// False for what another station has deleted meanwhile.
+bool IsFiled(SACommand *cmd, long code);
+
+/// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (kNoSuchInvoice)
 ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content);
 
 /// Whether the journal holds the document of that supplier, and whether the warehouse does.

@@ -33,7 +33,8 @@ std::string InvoiceListQuery(const InvoiceFilter &filter)
            " SELECT " +
            sqlfat.ColumnList() +
            ", fornitore, for_desc, movimento, pno_prot, CASE WHEN EXISTS (SELECT 1 FROM admin.testate1"
-           " WHERE tes_cod_for = fornitore AND tes_n_fat = fat_numero AND tes_d_fat = fat_data) THEN 1 ELSE 0 END"
+           " WHERE tes_cod_for = fornitore AND tes_n_fat = SUBSTR(TRIM(fat_numero), 1, 20) AND tes_d_fat = fat_data) "
+           "THEN 1 ELSE 0 END"
            " AS magazzino FROM stato LEFT JOIN admin.fornito1 ON for_codice = fornitore"
            " LEFT JOIN admin.pnota1 ON pno_codice = movimento ORDER BY fat_acquisita, fat_codice, fat_documento";
 }

@@ -10,6 +10,7 @@
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/base/UserInterface.h"
 #include "tarvolumera/Causali.h"
+#include "tarvolumera/MasterRecords.h"
 #include "tarvolumera/PSQLpno.h"
 #include "tarvolumera/Schedule.h"
 
@@ -77,7 +78,7 @@ PNOTA NewEntry(SACommand *cmd, const FORNITORI &supplier, const CAUCONT &causale
     entry.pno_data = registration_day != 0 ? registration_day : document.Data;
     entry.pno_data_doc = document.Data;
     entry.pno_cli_for = supplier.for_codice;
-    EnterCausale(cmd, &entry, causale.cac_codice);
+    EnterCausale(cmd, &entry, causale);
     EnterDocumentNumber(&entry, document.Numero);
     EnterTerms(cmd, &entry, supplier.for_pag);
     return entry;
@@ -201,18 +202,20 @@ bool FindPdfByName(SACommand *cmd, const ALLEGATI &filed, const std::string &nam
                        [&](long code) { return sqlall.Search(cmd, year, code, pdf) && IsInvoicePdf(*pdf, filed); });
 }
 
-/// The invoice file, and its readable document when the archive has one, of the invoice's year or the company's.
-void LinkFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry)
+/// Whether anything at all is filed under one of the names: most invoices have no readable document, and then each name
+/// of each year would be asked for in vain.
+bool HasAnyNamed(SACommand *cmd, const std::vector<std::array<std::string, 2>> &names, const std::array<long, 2> &years)
 {
-    entry->allegati.push_back(AttachmentFrom(filed));
-    ALLEGATI pdf;
-    for (const std::array<std::string, 2> &names : InvoicePdfNames(filed.all_fname))
-        for (const std::string &name : names)
-            for (const long year : {filed.all_anno, lumera_db_impo.dit_anno})
-                if (FindPdfByName(cmd, filed, name, year, &pdf)) {
-                    entry->allegati.push_back(AttachmentFrom(pdf));
-                    return;
-                }
+    SACommand query(cmd->Connection(),
+                    "SELECT all_codice FROM admin.allegati WHERE all_anno IN (:anno1, :anno2) AND all_fname IN"
+                    " (:name1, :name2, :name3, :name4, :name5, :name6) LIMIT 1");
+    query.Param("anno1").setAsLong(years[0]);
+    query.Param("anno2").setAsLong(years[1]);
+    int number = 0;
+    for (const std::array<std::string, 2> &pair : names)
+        for (const std::string &name : pair) query.Param(fmt::format("name{}", ++number)).setAsString(name);
+    query.Execute();
+    return query.FetchNext();
 }
 
 /// The company's own self-invoices come back from the exchange system and are no purchases; amounts in another currency
@@ -291,8 +294,24 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     sqlpno.RecalcPNota(scope.get(), &prepared->entry, 1, 0, 0, 0, 0);
     if (!PostRounding(scope.get(), body, prepared, reason)) return false;
     NoteWhatMatters(body, prepared);
-    LinkFiles(scope.get(), filed, &prepared->entry);
     return true;
+}
+
+void AttachFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry)
+{
+    entry->allegati.push_back(AttachmentFrom(filed));
+    CommandScope scope(cmd);
+    const std::vector<std::array<std::string, 2>> all_names = InvoicePdfNames(filed.all_fname);
+    const std::array<long, 2> years = {filed.all_anno, lumera_db_impo.dit_anno};
+    if (!HasAnyNamed(scope.get(), all_names, years)) return;
+    ALLEGATI pdf;
+    for (const std::array<std::string, 2> &names : all_names)
+        for (const std::string &name : names)
+            for (const long year : years)
+                if (FindPdfByName(scope.get(), filed, name, year, &pdf)) {
+                    entry->allegati.push_back(AttachmentFrom(pdf));
+                    return;
+                }
 }
 
 void AttachReadable(const ALLEGATI &pdf, PNOTA *entry)
@@ -314,13 +333,16 @@ RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t docum
         return outcome;
     }
     PreparedInvoice prepared;
-    if (!PrepareInvoiceEntry(scope.get(), filed, content, document, causale, choices, &prepared, &outcome.reason))
-        return outcome;
-    outcome.notes = prepared.notes;
-
+    std::optional<InstalmentProposal> instalments;
     std::string why_not;
-    const std::optional<InstalmentProposal> instalments =
-        ProposeWholeInstalments(scope.get(), prepared.entry, &why_not);
+    {
+        const MasterRecords known(scope.get()); // but what StoreEntry checks, it reads itself
+        if (!PrepareInvoiceEntry(scope.get(), filed, content, document, causale, choices, &prepared, &outcome.reason))
+            return outcome;
+        instalments = ProposeWholeInstalments(scope.get(), prepared.entry, &why_not);
+    }
+    AttachFiles(scope.get(), filed, &prepared.entry);
+    outcome.notes = prepared.notes;
     if (!why_not.empty()) outcome.notes.push_back(why_not);
     if (instalments && !ConfirmTotal(instalments->rows, instalments->total)) {
         outcome.reason = "Scadenze non confermate.";

@@ -54,14 +54,18 @@ FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller)
 bool FillVatLines(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body, const RegistrationChoices &choices,
                   PNOTA *entry);
 
-/// Builds the entry of one body: supplier, causale, header, VAT lines, duplicate check, rows, rounding, files to
-/// attach. Asks on the way; writes nothing itself. A document of more VAT rows than an entry holds is refused before
-/// anything is asked.
+/// Builds the entry of one body: supplier, causale, header, VAT lines, duplicate check, rows, rounding; its files are
+/// for AttachFiles. Asks on the way; writes nothing itself. A document of more VAT rows than an entry holds is refused
+/// before anything is asked.
 /// @param causale  0 = the supplier's preset one, else the browser
 /// @return false when the registration stops; reason says why
 bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureElettronicheDB &content,
                          std::size_t document, long causale, const RegistrationChoices &choices,
                          PreparedInvoice *prepared, std::string *reason);
+
+/// Attaches to an entry that is not stored yet the invoice file, and its readable document when the archive has one, of
+/// the invoice's year or the company's.
+void AttachFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry);
 
 /// Attaches the readable document to an entry that is not stored yet, unless it has it already.
 void AttachReadable(const ALLEGATI &pdf, PNOTA *entry);

@@ -169,7 +169,7 @@ SheetSection LinesSection(const fatturapa::FatturaElettronica &invoice, const fa
     if (columns.code) section.columns.push_back({"Codice", 25, false});
     section.columns.push_back({"Descrizione", 0, false});
     if (columns.quantity) section.columns.push_back({"Quantità", 18, true});
-    if (columns.unit) section.columns.push_back({"UM", 10, false});
+    if (columns.unit) section.columns.push_back({"UM", 14, false});
     if (columns.price) section.columns.push_back({"Prezzo unitario", 25, true});
     if (columns.discount) section.columns.push_back({"Sconti", 20, false});
     section.columns.push_back({"IVA", 12, false});

@@ -101,7 +101,11 @@ void CPSQLall::Store(SACommand *cmd, ALLEGATI *record) const
     CommandScope scope(cmd);
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Files);
-    record->all_codice = NextOf(scope.get(), "SELECT all_codice FROM admin.allegati ORDER BY all_codice DESC LIMIT 1");
+    // An entry keeps the number of the invoice that it registers; another file must not get it when that one is
+    // deleted.
+    record->all_codice =
+        NextOf(scope.get(), "SELECT MAX(codice) FROM (SELECT MAX(all_codice) AS codice FROM admin.allegati"
+                            " UNION ALL SELECT MAX(pno_all) AS codice FROM admin.pnota1) AS usati");
     record->all_bytes_size = static_cast<long>(record->all_data.size());
     record->all_user = CurrentUserInterface().UserName();
     if (record->all_date_time.IsNull()) record->all_date_time = CurrentMoment();

@@ -78,23 +78,38 @@ struct ProviderCase {
     const char *name, *invoice, *pdf;
     long year;
     bool is_found;
+    const char *invoice_date = "2026-03-10";
 };
 
 TEST_P(InvoiceDocumentsTest, ProvidersDocumentComesFirst)
 {
     const ProviderCase cases[] = {
-        {"XmlPdf", "a.xml", "a.XML.PDF", 2026, true},   {"Pdf", "b.xml", "b.PDF", 2026, true},
-        {"Signed", "c.xml.p7m", "c.PDF", 2026, true},   {"AsNamed", "d.xml", "d.xml.PDF", 2026, true},
-        {"SmallLetters", "e.XML", "e.pdf", 2026, true}, {"OtherYear", "f.xml", "f.PDF", 2024, false},
+        {"XmlPdf", "a.xml", "a.XML.PDF", 2026, true},
+        {"Pdf", "b.xml", "b.PDF", 2026, true},
+        {"Signed", "c.xml.p7m", "c.PDF", 2026, true},
+        {"AsNamed", "d.xml", "d.xml.PDF", 2026, true},
+        {"SmallLetters", "e.XML", "e.pdf", 2026, true},
+        {"OtherYear", "f.xml", "f.PDF", 2024, false},
         {"OtherName", "g.xml", "gg.PDF", 2026, false},
+        {"SignedName", "h.xml.p7m", "h.xml.p7m.PDF", 2026, true},
+        {"Small", "i.xml.p7m", "i.xml.pdf", 2026, true},
+        {"InvoiceYear", "j.xml", "j.pdf", 2025, true, "2025-12-20"},
+        {"CompanyYear", "k.xml", "k.XML.PDF", 2026, true, "2025-12-20"},
     };
     int number = 100;
     for (const ProviderCase &one : cases) {
         SCOPED_TRACE(one.name);
         InvoiceSpec spec;
         spec.number = std::to_string(number++);
+        spec.date = one.invoice_date;
         const long code = Filed(InvoiceText(spec), one.invoice);
         FilePdf(one.pdf, one.name, one.year);
+        ALLEGATI filed;
+        ASSERT_TRUE(sqlall.SearchByCode(Cmd(), code, &filed));
+        PNOTA entry;
+        AttachFiles(Cmd(), filed, &entry);
+        ASSERT_EQ(entry.allegati.size(), one.is_found ? 2U : 1U);
+        EXPECT_EQ(entry.allegati.back().pat_fname, one.is_found ? one.pdf : one.invoice);
         EXPECT_EQ(ExportedPdf(code) == one.name, one.is_found);
     }
 }
@@ -125,6 +140,19 @@ TEST_P(InvoiceDocumentsTest, DeletesAfterAYesOnly)
     EXPECT_EQ(DeleteInvoicePdf(Cmd(), code), 1);
     EXPECT_EQ(Count("allegati"), "2");
     EXPECT_THAT(ExportedPdf(code), StartsWith("%PDF"));
+}
+
+TEST_P(InvoiceDocumentsTest, DeletesNotThatOfAnotherInvoiceOfTheSameName)
+{
+    InvoiceSpec other;
+    other.number = "8/P";
+    const long code = Filed(InvoiceSpec{}), namesake = Filed(InvoiceText(other), "prova.xml");
+    FilePdf("prova.PDF", "del provider");
+    Run(fmt::format("UPDATE admin.allegati SET all_tab_codice = {} WHERE all_fname = 'prova.PDF'", namesake));
+    ExportedPdf(code);
+    user_.Expect("Vuoi veramente eliminare il PDF acquisito?", IDYES);
+    EXPECT_EQ(DeleteInvoicePdf(Cmd(), code), 1);
+    EXPECT_EQ(ExportedPdf(namesake), "del provider");
 }
 
 // Invoices are known by their content and keep whatever name they came with.
@@ -194,9 +222,11 @@ TEST_P(InvoiceDocumentsTest, DamagedFileIsToldAndTheOthersAreWritten)
     damage.Param("data").setAsBytes(ToBytes("nessuna busta"));
     damage.Param("codice").setAsLong(damaged);
     damage.Execute();
-    const FilesExported exported = ExportFiles(Cmd(), {{damaged, good}, false}, Folder() / "fuori");
+    const long deleted = 4711; // by another station, while the list stood open
+    const FilesExported exported = ExportFiles(Cmd(), {{damaged, deleted, good}, false}, Folder() / "fuori");
     EXPECT_EQ(exported.written, 1);
-    EXPECT_EQ(exported.faults.size(), 1u);
+    EXPECT_THAT(exported.faults,
+                ElementsAre(testing::HasSubstr("a.xml.p7m"), "La fattura elettronica n. 4711 non esiste."));
     EXPECT_THAT(FilesIn(Folder() / "fuori"), ElementsAre("fuori.xml"));
 }
 

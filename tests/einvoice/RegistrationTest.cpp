@@ -579,6 +579,20 @@ TEST_P(RegistrationTest, FilesAreAttachedByteForByteAndOutliveTheFiledOnes)
     EXPECT_FALSE(files.FetchNext());
 }
 
+// The entry keeps the number of its invoice; whoever got the same number would look registered and never be offered.
+TEST_P(RegistrationTest, NumberOfADeletedInvoiceIsNobodyElses)
+{
+    const long code = Filed(ReadSample("IT02565617350_00A24.xml"));
+    ASSERT_TRUE(Register(code).registered);
+    DeleteInvoice(Cmd(), code);
+    Run("DELETE FROM admin.allegati"); // the readable documents too
+    EXPECT_GT(Filed(ReadSample("IT03175957582_27731.xml")), code);
+    ForEachInvoice(Cmd(), 0, 0, [](const InvoiceRow &row) {
+        EXPECT_FALSE(row.is_registered) << row.number;
+        return true;
+    });
+}
+
 TEST_P(RegistrationTest, BodiesOfOneFileHaveTheirOwnStatus)
 {
     const long code = Filed(ReadSample("IT19949417158_1D0F8.xml"));
