@@ -3,7 +3,7 @@
 #include "tables/ui/Articoli.h"
 #include "tarvodlg/base/Dbisam.h"
 #include "tarvodlg/widgets/FormBuilder.h"
-#include "tarvodlg/widgets/SpreadSheet.h"
+#include "tarvodlg/widgets/SpreadColumns.h"
 #include "tarvolumera/Counterparts.h"
 
 #include <QAbstractButton>
@@ -49,6 +49,12 @@ CAccoppiaArticoli::CAccoppiaArticoli(long supplier, std::vector<LoadLine> *lines
                 .icon = "nuovo",
                 .run = [this] { OnRecordNuovo(); },
                 .checks_field = false});
+}
+
+QSize CAccoppiaArticoli::sizeHint() const
+{
+    const QSize window = CTarvoDialog::sizeHint();
+    return {WholeListSize(window, grid_).width(), window.height()};
 }
 
 std::function<bool(long, std::vector<LoadLine> *)> CAccoppiaArticoli::Matcher(CWnd *parent)

@@ -20,6 +20,8 @@ class CAccoppiaArticoli : public CTarvoDialog {
 
     void OnRecordNuovo(); ///< an article from the active line
 
+    QSize sizeHint() const override; ///< as wide as all columns
+
   protected:
     bool OnInitDialog() override;
     void OnOK() override;

@@ -104,6 +104,7 @@ class Contabilizzazione {
         if (!PrepareInvoiceEntry(scope.get(), filed_, content_, document_, 0, WindowChoices(parent_), &prepared_,
                                  &reason))
             return false;
+        AttachFiles(scope.get(), filed_, &prepared_.entry);
         accepted_ = CompareWithInvoice(Body(), prepared_.entry);
         return true;
     }

@@ -337,6 +337,7 @@ void CFattureElettroniche::ShowChosen()
             next = Open(row->invoice.code);
         } catch (...) {
             ShowNothing(); // not the invoice of another row
+            if (RemoveWhatIsGone(row->invoice.code)) return;
             throw;
         }
     }
@@ -446,6 +447,11 @@ void CFattureElettroniche::OnKickIdle()
 {
     CTarvoRecordBrowseDialog::OnKickIdle();
     list_->tabs->OnKickIdle();
+}
+
+QSize CFattureElettroniche::sizeHint() const
+{
+    return WholeListSize(CTarvoRecordBrowseDialog::sizeHint(), Spread());
 }
 
 void CFattureElettroniche::OnCancel()

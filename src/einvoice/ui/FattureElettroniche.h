@@ -39,6 +39,7 @@ class CFattureElettroniche : public CTarvoRecordBrowseDialog {
 
     bool PreTranslateMessage(QKeyEvent *message) override;
     void OnKickIdle() override;
+    QSize sizeHint() const override; ///< all columns, and as many rows as a screen has
 
   protected:
     bool OnInitDialog() override;
@@ -78,6 +79,7 @@ class CFattureElettroniche : public CTarvoRecordBrowseDialog {
     void PutWithSupplier(const InvoiceRow &registered); ///< other rows of its seller, who was unknown
     void GoToNextOpen();
     void RemoveFile(long code);
+    bool RemoveWhatIsGone(long code); ///< @return true when another station has deleted the file
     QString ShowFiled(const std::vector<long> &codes);
     std::string DeletionQuestion(const InvoiceRow &invoice) const;
 

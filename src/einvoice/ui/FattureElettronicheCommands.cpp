@@ -75,10 +75,6 @@ void CFattureElettroniche::AddCommands()
         const Row *row = Active();
         command->Enable(row && row->invoice.fault.empty());
     };
-    const Update is_signed = [this](CCmdUI *command) {
-        const Row *row = Active();
-        command->Enable(row && ToUpper(row->invoice.file_name).ends_with(".P7M"));
-    };
     const Update has_pdf = [this](CCmdUI *command) {
         const Row *row = Active();
         const Opened *opened = list_->opened.get();
@@ -92,7 +88,7 @@ void CFattureElettroniche::AddCommands()
     UseCommands({RecordCommand::Elimina});
     SetCommandCaption(RecordCommand::Elimina, "F6 - Elimina", "Elimina il file della fattura selezionata");
     AddExportMenu(add("F7 - Esporta", "Esporta il file in formato XML", "esporta", &Desk::OnEsportaFileXml, has_row));
-    add("F8 - Esporta P7M", "Esporta il file firmato in formato P7M", "salva", &Desk::OnEsportaP7m, is_signed);
+    add("F8 - Esporta P7M", "Esporta il file firmato in formato P7M", "salva", &Desk::OnEsportaP7m, has_row);
     add("F9 - Esporta PDF", "Esporta il file in formato PDF", "pdf", &Desk::OnEsportaPfd, has_row);
     add("Elimina PDF", "Elimina PDF memorizzato e lo richiede nuovamente", "annulla", &Desk::OnEliminaPfd, has_pdf,
         "Shift+F9");
@@ -141,35 +137,37 @@ void CFattureElettroniche::AddFootCommands()
 void CFattureElettroniche::OnContabilizza()
 {
     const Row *row = Active();
-    if (!row) return;
+    if (!row || RemoveWhatIsGone(row->invoice.code)) return;
+    const QString number = ToQt(row->invoice.number);
     const long entry = ContabilizzaFattura(this, row->invoice.code, row->invoice.document);
     Spread()->setFocus();
     RefreshRow();
     if (entry == 0) return;
-    const InvoiceRow registered = row->invoice;
     GoToNextOpen();
-    SetStatus(
-        QStringLiteral("La fattura n. %1 è registrata con il movimento %2").arg(ToQt(registered.number)).arg(entry));
+    SetStatus(QStringLiteral("La fattura n. %1 è registrata con il movimento %2").arg(number).arg(entry));
 }
 
 void CFattureElettroniche::OnCaricoMerci()
 {
     const Row *row = Active();
-    if (!row) return;
+    if (!row || RemoveWhatIsGone(row->invoice.code)) return;
     LoadChoices choices;
     choices.match_by_hand = CAccoppiaArticoli::Matcher(this);
+    const QString number = ToQt(row->invoice.number);
     const LoadOutcome outcome = LoadIntoWarehouse(nullptr, row->invoice.code, row->invoice.document, choices);
     Spread()->setFocus();
     RefreshRow();
     if (!outcome.loaded) return;
-    SetStatus(QStringLiteral("La fattura n. %1 è caricata in magazzino").arg(ToQt(row->invoice.number)));
+    SetStatus(QStringLiteral("La fattura n. %1 è caricata in magazzino").arg(number));
 }
 
 /// Only this row is looked at again: a list of many thousands stands as it is.
 void CFattureElettroniche::RefreshRow()
 {
-    ShowChosen();
     Row *row = Active();
+    if (!row || RemoveWhatIsGone(row->invoice.code)) return;
+    ShowChosen();
+    row = Active();
     const Opened *opened = list_->opened.get();
     if (!row || !opened || row->invoice.document >= opened->content.Count()) return;
     const bool was_unknown = row->invoice.supplier == 0;
@@ -237,6 +235,7 @@ void CFattureElettroniche::OnRecordElimina()
     const Row *row = Active();
     if (!row) return;
     const long code = row->invoice.code;
+    if (RemoveWhatIsGone(code)) return;
     const std::string name = row->invoice.file_name.str();
     if (AfxMessageBox(DeletionQuestion(row->invoice), MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES) return;
     DeleteInvoice(nullptr, code);
@@ -260,6 +259,14 @@ void CFattureElettroniche::RemoveFile(long code)
     if (const long rows = Spread()->RowCount(); rows > 0)
         Spread()->SetActiveCell(std::clamp(active, 1L, rows), std::max(Spread()->ActiveColumn(), 1L));
     RowChosen();
+}
+
+bool CFattureElettroniche::RemoveWhatIsGone(long code)
+{
+    if (IsFiled(nullptr, code)) return false;
+    RemoveFile(code);
+    SetStatus(QStringLiteral("Il file è stato eliminato da un'altra stazione"));
+    return true;
 }
 
 void CFattureElettroniche::OnRegistraTutte()

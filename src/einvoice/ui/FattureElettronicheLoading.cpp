@@ -128,7 +128,9 @@ void CFattureElettroniche::OnRecordAggiungi()
     AddCount(&text, count(ImportOutcome::Ignored), "file ignorato", "file ignorati");
     if (text.isEmpty()) text = QStringLiteral("Nessuna fattura nei file scelti");
     text += changed;
-    if (!is_all_well) {
+    if (results.size() == 1 && !results.front().message.empty()) {
+        AfxMessageBox(results.front().message, MB_OK | MB_ICONERROR);
+    } else if (!is_all_well) {
         CEsitoFatture window(QStringLiteral("Esito del caricamento"), text, this);
         for (const ImportResult &result : results)
             window.Add(std::filesystem::path(result.origin).filename().string(), OutcomeText(result.outcome),

@@ -99,6 +99,11 @@ CRegistraFatture::CRegistraFatture(CWnd *parent) : CTarvoRecordBrowseDialog(pare
 
 CRegistraFatture::~CRegistraFatture() = default;
 
+QSize CRegistraFatture::sizeHint() const
+{
+    return WholeListSize(CTarvoRecordBrowseDialog::sizeHint(), Spread());
+}
+
 void CRegistraFatture::BuildGrid()
 {
     using Type = CSpreadSheet::Type;

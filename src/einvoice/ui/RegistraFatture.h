@@ -23,6 +23,8 @@ class CRegistraFatture : public CTarvoRecordBrowseDialog {
     void OnTutte();               ///< takes all that are ready, or none when all are taken
     void OnInterrompi();
 
+    QSize sizeHint() const override; ///< all columns, and as many rows as a screen has
+
     bool PreTranslateMessage(QKeyEvent *message) override;
     void OnUpdateRecordApri(CCmdUI *command) override;
 

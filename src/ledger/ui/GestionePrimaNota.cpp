@@ -14,9 +14,7 @@
 #include "tarvolumera/SaExceptionDisplay.h"
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QLocale>
-#include <QScrollBar>
 #include <QTimer>
 #include <fmt/printf.h>
 
@@ -227,10 +225,7 @@ void CGestionePrimaNota::OnTimer()
 
 QSize CGestionePrimaNota::sizeHint() const
 {
-    const CSpreadSheet *grid = Spread();
-    const int around = CTarvoRecordBrowseDialog::sizeHint().width() - grid->sizeHint().width();
-    const int inside = grid->verticalScrollBar()->sizeHint().width() + 2 * grid->frameWidth();
-    return {grid->horizontalHeader()->length() + inside + around, fontMetrics().height() * 48};
+    return WholeListSize(CTarvoRecordBrowseDialog::sizeHint(), Spread());
 }
 
 void CGestionePrimaNota::OnCancel()

@@ -9,6 +9,7 @@
 #include <QSignalBlocker>
 #include <QTextCharFormat>
 #include <QToolButton>
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -217,6 +218,9 @@ bool CDataSel::PreTranslateMessage(QKeyEvent *message)
 bool CDataSel::OnInitDialog()
 {
     setWindowTitle(m_title);
+    constexpr int kFrameCharacters = 20; // icon, buttons and the bolder letters of a title bar
+    setMinimumWidth(
+        std::max(minimumWidth(), fontMetrics().horizontalAdvance(m_title) + CharactersWide(this, kFrameCharacters)));
     const Period working_month = PeriodAround(CDateField::WorkingDate(), 1);
     Show({m_start != 0 ? m_start : working_month.start, m_stop != 0 ? m_stop : working_month.stop});
     return true;
