@@ -305,10 +305,8 @@ TEST_P(FattureElettronicheTest, ExportsTheChosenFileInThreeForms)
     CFattureElettroniche window(nullptr);
     OpenOn2026(&window);
     Load(&window, {"IT02565617350_00A24.xml", "IT06186527153_E4187.xml.p7m"});
-    keys::Press(Qt::Key_F8);
-    EXPECT_EQ(user_.beeps, 1) << "not a signed file";
     user_.Expect("Impossibile esportare il file!\n\nFormato file non corretto.");
-    window.OnEsportaP7m();
+    keys::Press(Qt::Key_F8);
 
     GoTo(window, "2026E0041877");
     const std::filesystem::path p7m = Folder() / "a.p7m", xml = Folder() / "a.xml", pdf = Folder() / "a.pdf";
@@ -323,7 +321,7 @@ TEST_P(FattureElettronicheTest, ExportsTheChosenFileInThreeForms)
     EXPECT_FALSE(content.Envelope().is_signed);
 
     keys::Press(Qt::Key_F9, Qt::ShiftModifier);
-    EXPECT_EQ(user_.beeps, 2) << "no PDF stored yet";
+    EXPECT_EQ(user_.beeps, 1) << "no PDF stored yet";
     user_.ExpectFiles({pdf});
     QTest::qWait(200); // the file is read a moment after its row was chosen
     keys::Press(Qt::Key_F9);
@@ -334,7 +332,7 @@ TEST_P(FattureElettronicheTest, ExportsTheChosenFileInThreeForms)
     keys::Press(Qt::Key_F9, Qt::ShiftModifier);
     EXPECT_EQ(stored(), "0");
     keys::Press(Qt::Key_F9, Qt::ShiftModifier);
-    EXPECT_EQ(user_.beeps, 3);
+    EXPECT_EQ(user_.beeps, 2);
 }
 
 TEST_P(FattureElettronicheTest, DeletesAFileWithAllItsDocuments)
@@ -383,10 +381,32 @@ TEST_P(FattureElettronicheTest, AnUnreadableFileIsListedWithItsFault)
     EXPECT_TRUE(HasStatus(window, "File illeggibile: "));
     QTest::qWait(200);
     EXPECT_TRUE(HasStatus(window, "File illeggibile: ")) << "and so when its pages had their turn";
-    for (const int key : {Qt::Key_F4, Qt::Key_F5, Qt::Key_F8, Qt::Key_Return}) keys::Press(key);
-    EXPECT_EQ(user_.beeps, 4);
+    for (const int key : {Qt::Key_F4, Qt::Key_F5, Qt::Key_Return}) keys::Press(key);
+    EXPECT_EQ(user_.beeps, 3);
     user_.Expect("File in PDF del documento non trovato in archivio!");
     keys::Press(Qt::Key_F9);
+}
+
+// Nobody asks and nothing is opened for a file that is no longer there, whatever the user was about to do with it.
+TEST_P(FattureElettronicheTest, WhatAnotherStationDeletedLeavesTheList)
+{
+    for (const char *name : {"IT02565617350_00A24.xml", "IT03175957582_27731.xml", "IT19949417158_1D0F8.xml"})
+        Import(name);
+    CFattureElettroniche window(nullptr);
+    OpenOn2026(&window);
+    const auto deleted_elsewhere = [&](const std::string &name) {
+        Run("DELETE FROM admin.allegati WHERE all_fname = '" + name + "'");
+    };
+    deleted_elsewhere("IT02565617350_00A24.xml");
+    GoTo(window, "24/2026");
+    keys::Press(Qt::Key_F6);
+    EXPECT_THAT(Cells(window, kNumber), UnorderedElementsAre("8N00127731", "210", "211"));
+    EXPECT_TRUE(HasStatus(window, "Il file è stato eliminato da un'altra stazione"));
+
+    deleted_elsewhere("IT19949417158_1D0F8.xml");
+    GoTo(window, "211");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Grid(window)->RowCount() == 1; })) << "both documents of it";
+    EXPECT_THAT(Cells(window, kNumber), ElementsAre("8N00127731"));
 }
 
 TEST_P(FattureElettronicheTest, ThePagesFollowTheRow)

@@ -4,7 +4,9 @@
 #include <QPointer>
 #include <QTest>
 #include <QTimer>
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace keys {
 
@@ -59,12 +61,15 @@ void Open(QWidget *window)
 
 void WhenNextWindowOpens(std::function<void(QWidget *)> steps)
 {
-    const QPointer<QWidget> before = QApplication::activeWindow();
+    // Those that stand there now: when the last one closes, the one behind it is no further window.
+    std::vector<QPointer<QWidget>> before;
+    for (QWidget *window : QApplication::topLevelWidgets())
+        if (window->isVisible()) before.push_back(window);
     auto *timer = new QTimer(qApp);
     timer->setInterval(5);
     QObject::connect(timer, &QTimer::timeout, timer, [timer, before, steps = std::move(steps)] {
         QPointer<QWidget> window = QApplication::activeModalWidget();
-        if (!window || window == before) return;
+        if (!window || std::find(before.begin(), before.end(), window) != before.end()) return;
         timer->stop();
         const auto keep = steps; // the timer and what it holds may go while the steps run
         timer->deleteLater();
