@@ -97,7 +97,7 @@ class Report {
         ++(result.registered ? registered_ : refused_);
         if (json_) return json_->Add(ToJson(invoice, result));
         if (result.registered)
-            Print(fmt::format("registrata   {}: movimento {}, protocollo {} {}, {} righe IVA, {} scadenze\n",
+            Print(fmt::format("registrata   {}: movimento {}, protocollo {} {}, righe IVA {}, scadenze {}\n",
                               Label(invoice), result.entry, result.protocol, RegisterName(result.vat_register),
                               result.vat_lines, result.instalments));
         else
