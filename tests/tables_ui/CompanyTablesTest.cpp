@@ -287,6 +287,18 @@ TEST_P(CompanyTablesTest, TransparentLogoIsPutOnPaper)
     EXPECT_EQ(logo.pixelColor(1, 1), QColor(Qt::red));
 }
 
+TEST_P(CompanyTablesTest, FolderOfReceivedInvoicesIsChosenFromAnyPage)
+{
+    CAzienda editor;
+    keys::Open(&editor);
+    user_.ExpectFolder(Folder());
+    keys::Press(Qt::Key_F8);
+    EXPECT_EQ(Focused(), "Cartella delle fatture ricevute");
+    keys::Press(Qt::Key_F2);
+    EXPECT_TRUE(editor.m_saved);
+    EXPECT_EQ(lumera_db_flag.flg_sdi_cartella, Folder().string());
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, CompanyTablesTest, testing::ValuesIn(TestEngines()), TestEngineName);
 
 } // namespace

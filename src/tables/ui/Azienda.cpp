@@ -49,6 +49,10 @@ CAzienda::CAzienda(CWnd *parent) : CTarvoTabbedRecordDialog(parent)
                        .tooltip = "Sceglie il logo che compare nelle stampe",
                        .icon = "azienda",
                        .run = [this] { OnLogo(); }});
+    AddToolbarCommand({.caption = "F8 - Cartella",
+                       .tooltip = "Sceglie la cartella da cui si prendono le fatture ricevute",
+                       .icon = "apri",
+                       .run = [this] { OnCartella(); }});
     BuildCompany();
     BuildAccounts();
     BuildAutomatic();
@@ -139,7 +143,7 @@ void CAzienda::BuildAutomatic()
     Field("flg_cau_magazzino", form.Code("Causale di &magazzino", settings_.flg_cau_magazzino, Lookup("caumag")));
     Field("flg_fatture_altro_anno",
           form.Flag("Registra anche fatture ricevute di un altro &anno", settings_.flg_fatture_altro_anno));
-    Field("flg_sdi_cartella", form.Text("&Cartella delle fatture ricevute", settings_.flg_sdi_cartella, 60));
+    folder_ = Field("flg_sdi_cartella", form.Text("&Cartella delle fatture ricevute", settings_.flg_sdi_cartella, 60));
 }
 
 bool CAzienda::OnInitDialog()
@@ -272,4 +276,12 @@ void CAzienda::OnLogo()
     if (!OnPaper(image).save(&buffer, "BMP")) throw std::runtime_error("Impossibile convertire il logo in bitmap.");
     WriteFileWhole(CompanyLogo(), {bytes.constData(), static_cast<std::size_t>(bytes.size())});
     logo_->setText("presente nelle stampe");
+}
+
+void CAzienda::OnCartella()
+{
+    const auto folder = CurrentUserInterface().PickFolder("Cartella delle fatture ricevute");
+    if (!folder) return;
+    SetFocusTo(folder_);
+    folder_->SetValue(folder->string());
 }

@@ -31,6 +31,7 @@ class CAzienda : public CTarvoTabbedRecordDialog {
     bool OnLostFocusEventPiva();
     bool OnLostFocusEventCodFis();
     void OnLogo();
+    void OnCartella();
     void ProtectNames();
     void Load();
     bool Store();
@@ -40,7 +41,7 @@ class CAzienda : public CTarvoTabbedRecordDialog {
     DITTE company_, loaded_company_;
     FLAG settings_, loaded_settings_;
     std::map<std::string, CTarvoField *> fields_;
-    CTextField *vat_number_, *fiscal_code_, *nation_, *surname_, *first_name_;
+    CTextField *vat_number_, *fiscal_code_, *nation_, *surname_, *first_name_, *folder_;
     CChoiceField *person_;
     QLabel *logo_;
 };
