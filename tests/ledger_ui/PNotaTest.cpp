@@ -78,6 +78,19 @@ const TotalCase kTotals[] = {
     {"9", "500", "22", "22 500,00 ", "Il movimento quadra"},
 };
 
+TEST_P(PNotaTest, TotalTypedOverTheVatLinesIsSaid)
+{
+    CPNota editor(nullptr, nullptr);
+    keys::Open(&editor);
+    TypePurchase("45", "122");
+    Enter("22");
+    EXPECT_TRUE(Shows(editor, "Il movimento quadra"));
+    BackTo("Totale documento");
+    Enter("230");
+    EXPECT_TRUE(Shows(editor, "Totale digitato 230,00, righe IVA 122,00"));
+    editor.SetChanged(false);
+}
+
 TEST_P(PNotaTest, TotalProposesTheTaxableAmountOfACode)
 {
     for (const TotalCase &c : kTotals) {

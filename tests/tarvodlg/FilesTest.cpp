@@ -183,6 +183,11 @@ void PrintTo(const NameCase &c, std::ostream *out)
     *out << testing::PrintToString(c.claimed);
 }
 
+TEST(FileNameFromTest, NumberWithASlashIsNoFolder)
+{
+    EXPECT_EQ(FileNameFrom("FATTURA n. 24/2026 del 19/01/2026.pdf"), "FATTURA n. 24-2026 del 19-01-2026.pdf");
+}
+
 class SafeFileNameTest : public testing::TestWithParam<NameCase> {};
 
 TEST_P(SafeFileNameTest, StaysInItsFolder)

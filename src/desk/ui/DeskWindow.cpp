@@ -10,6 +10,7 @@
 #include "desk/ui/WelcomePage.h"
 #include "frame/Module.h"
 #include "tarvodlg/base/Dbisam.h"
+#include "tarvodlg/widgets/DialogHelp.h"
 #include "tarvodlg/widgets/FormBuilder.h"
 #include "tarvodlg/widgets/ListWindow.h"
 #include "tarvodlg/widgets/Theme.h"
@@ -244,7 +245,7 @@ void CDesk::RefreshActions()
 void CDesk::RefreshNavigation()
 {
     std::vector<FunctionRow> rows = {
-        {QStringLiteral("Inizio"), {}, QStringLiteral("inizio"), QStringLiteral("Ctrl+Home"), {}}};
+        {QStringLiteral("Inizio"), {}, QStringLiteral("inizio"), QStringLiteral("Ctrl+Inizio"), {}}};
     for (const Area &area : areas_)
         rows.push_back({area.area->name, {}, area.area->icon, QStringLiteral("Ctrl+%1").arg(area.area->number), {}});
     navigation_->SetRows(std::move(rows));
@@ -280,7 +281,7 @@ void CDesk::ShowFunctions(const std::vector<std::size_t> &functions, bool with_a
         const DeskFunction &function = functions_[i];
         rows.push_back({function.caption,
                         with_area ? function.area + QStringLiteral(": ") + function.hint : function.hint, function.icon,
-                        function.shortcut, [this, i] { Run(i); }});
+                        KeyName(function.shortcut), [this, i] { Run(i); }});
     }
     const bool is_empty = rows.empty();
     list_->SetRows(std::move(rows));
@@ -377,7 +378,7 @@ void CDesk::OnKeys()
                   {.title = QStringLiteral("Che cosa fa"), .width = 60, .stretch = true}},
                  this);
     for (const auto &[key, what] : {std::pair{"Ctrl+K", "Cerca una funzione per una parte qualsiasi del nome"},
-                                    {"Ctrl+Home", "Pagina iniziale: che cosa aspetta oggi"},
+                                    {"Ctrl+Inizio", "Pagina iniziale: che cosa aspetta oggi"},
                                     {"F5", "Aggiorna la pagina iniziale"},
                                     {"Invio", "Apre la funzione scelta"},
                                     {"Esc", "Lascia la ricerca"},
@@ -385,7 +386,7 @@ void CDesk::OnKeys()
         list.AddRow({key, what});
     for (const Area &area : areas_) list.AddRow({fmt::format("Ctrl+{}", area.area->number), FromQt(area.area->name)});
     for (const DeskFunction &function : functions_)
-        if (!function.shortcut.isEmpty()) list.AddRow({FromQt(function.shortcut), FromQt(function.caption)});
+        if (!function.shortcut.isEmpty()) list.AddRow({FromQt(KeyName(function.shortcut)), FromQt(function.caption)});
     for (const auto &[key, what] : {std::pair{"F2", "Nelle finestre: conferma o salva"},
                                     {"F3", "Nelle finestre: nuovo"},
                                     {"F4, doppio clic", "Nei campi: apre l'elenco da cui scegliere"},

@@ -8,6 +8,7 @@
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/widgets/FormBuilder.h"
 #include "tarvodlg/widgets/Theme.h"
+#include "tarvolumera/JournalTotals.h"
 
 #include <QAbstractButton>
 #include <QGridLayout>
@@ -421,8 +422,10 @@ void CPNota::ShowTotals()
     std::string words = DescribeImbalance(m_pnota);
     if (m_pnota.pno_cau == 0 && TestIfZero(m_pnota.pno_dare) && TestIfZero(m_pnota.pno_avere))
         words = "Si comincia dalla causale: il codice, una parte del nome, oppure F4";
-    if (words.empty() && !TestIfZero(f.typed_total) && !TestIfZero(f.typed_total - m_pnota.pno_tot_doc))
-        words = "Totale digitato " + FormatAmount(f.typed_total) + ", righe IVA " + FormatAmount(m_pnota.pno_tot_doc);
+    double owed = 0;
+    for (const PNOTA_IVA &line : m_pnota.iva) owed += OwedForLine(line);
+    if (words.empty() && !TestIfZero(f.typed_total) && !TestIfZero(owed) && !TestIfZero(f.typed_total - owed))
+        words = "Totale digitato " + FormatAmount(f.typed_total) + ", righe IVA " + FormatAmount(owed);
     if (words.empty()) words = f.protocol_order;
     SetStatus(words.empty() ? QStringLiteral("Il movimento quadra") : ToQt(words));
 }

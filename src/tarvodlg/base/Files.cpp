@@ -257,3 +257,10 @@ std::string SafeFileName(std::string_view claimed)
     name.resize(name.find_last_not_of(". ") + 1); // dropped silently by some stations, which then miss the file
     return name.empty() ? "senza_nome" : name;
 }
+
+std::string FileNameFrom(std::string title)
+{
+    std::ranges::replace(title, '/', '-');
+    std::ranges::replace(title, '\\', '-');
+    return SafeFileName(title);
+}

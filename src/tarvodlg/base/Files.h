@@ -28,3 +28,5 @@ void WriteFileWhole(const std::filesystem::path &path, std::string_view bytes);
 /// dots and blanks dropped, device names ("nul.xml") with a '_' before them, at most 120 characters and 240 bytes
 /// keeping the extension; "senza_nome" when nothing is left.
 std::string SafeFileName(std::string_view claimed);
+/// A name for a file from a title, where "24/2026" is a number and no folder: "24-2026".
+std::string FileNameFrom(std::string title);

@@ -274,7 +274,7 @@ std::filesystem::path CReportPreview::PickTarget(const char *title, const char *
     picking.title = title;
     picking.filter = filter;
     picking.default_extension = extension;
-    picking.proposed = CompanyFolder("out") / SafeFileName(request_.title + "." + extension);
+    picking.proposed = CompanyFolder("out") / FileNameFrom(request_.title + "." + extension);
     picking.save = true;
     const std::vector<std::filesystem::path> picked = CurrentUserInterface().PickFiles(picking);
     return picked.empty() ? std::filesystem::path() : picked.front();

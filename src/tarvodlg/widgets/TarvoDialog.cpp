@@ -179,10 +179,15 @@ bool CTarvoDialog::RunCommandOfKey(QKeyEvent *message)
 {
     const Qt::KeyboardModifiers modifiers = message->modifiers() & ~Qt::KeypadModifier;
     const QKeySequence pressed(QKeyCombination(modifiers, static_cast<Qt::Key>(message->key())));
+    // A sign that needs Shift on one keyboard and none on another is the same key: "Alt++".
+    const bool is_sign = message->key() > Qt::Key_Space && message->key() <= Qt::Key_AsciiTilde &&
+                         !QChar(message->key()).isLetterOrNumber();
+    const QKeySequence without_shift(
+        QKeyCombination(is_sign ? modifiers & ~Qt::ShiftModifier : modifiers, static_cast<Qt::Key>(message->key())));
     for (std::size_t i = 0; i < state_->commands.size(); ++i) {
         const DialogCommand &command = state_->commands[i];
         const QKeySequence shortcut(command.shortcut);
-        const bool by_shortcut = !shortcut.isEmpty() && shortcut == pressed;
+        const bool by_shortcut = !shortcut.isEmpty() && (shortcut == pressed || shortcut == without_shift);
         const bool is_its_key = by_shortcut ||
                                 (modifiers == Qt::NoModifier && message->key() == KeyOfCaption(command.caption)) ||
                                 (modifiers == Qt::AltModifier && QKeySequence::mnemonic(command.caption) == pressed);

@@ -136,7 +136,7 @@ void CTarvoRecordBrowseDialog::OnExport()
     picking.default_extension = "xlsx";
     picking.save = true;
     const std::string title = FromQt(windowTitle());
-    picking.proposed = SafeFileName(title.empty() ? "elenco" : title) + ".xlsx";
+    picking.proposed = FileNameFrom((title.empty() ? "elenco" : title) + ".xlsx");
     Guarded(LUMERA_TAG, [&] {
         const std::vector<std::filesystem::path> picked = CurrentUserInterface().PickFiles(picking);
         if (picked.empty()) return;
