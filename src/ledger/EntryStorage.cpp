@@ -91,17 +91,34 @@ long StoredCounterpart(const PNOTA &entry)
     return entry.pno_rel == kNoCounterpart ? 0 : entry.pno_cli_for;
 }
 
-/// Entries with the same register, counterpart and number in the year of the document.
-long CountDuplicates(SACommand *cmd, const PNOTA &entry)
+/// The condition of another entry for the same document: register, counterpart, number and a year, or the same received
+/// file, in whatever register and on whatever supplier.
+std::string DuplicateCondition(const PNOTA &entry, DuplicateYear by)
 {
-    if (entry.pno_doc.empty() || entry.pno_data_doc == 0) return 0;
-    SACommand query(cmd->Connection(),
-                    "SELECT COUNT(*) AS numrec FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf"
-                    " AND pno_doc = :numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno");
+    std::string condition = fmt::format(" WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = :numdoc AND "
+                                        "EXTRACT(YEAR FROM {}) = :anno",
+                                        by == DuplicateYear::OfDocument ? "pno_data_doc" : "pno_data");
+    if (entry.pno_all != 0) condition += " OR (pno_all = :file AND pno_all_doc = :documento)";
+    return condition;
+}
+
+void BindDuplicate(SACommand &query, const PNOTA &entry, DuplicateYear by)
+{
     query.Param("reg").setAsLong(entry.pno_reg);
     query.Param("codclf").setAsLong(StoredCounterpart(entry));
     query.Param("numdoc").setAsString(Trimmed(entry.pno_doc));
-    query.Param("anno").setAsLong(Year(entry.pno_data_doc));
+    query.Param("anno").setAsLong(Year(by == DuplicateYear::OfDocument ? entry.pno_data_doc : entry.pno_data));
+    if (entry.pno_all == 0) return;
+    query.Param("file").setAsLong(entry.pno_all);
+    query.Param("documento").setAsLong(entry.pno_all_doc);
+}
+
+long CountDuplicates(SACommand *cmd, const PNOTA &entry)
+{
+    if (entry.pno_doc.empty() || entry.pno_data_doc == 0) return 0;
+    SACommand query(cmd->Connection(), "SELECT COUNT(*) AS numrec FROM admin.pnota1" +
+                                           DuplicateCondition(entry, DuplicateYear::OfDocument));
+    BindDuplicate(query, entry, DuplicateYear::OfDocument);
     query.Execute();
     query.FetchNext();
     return query.Field("numrec").asLong();
@@ -160,7 +177,7 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTo
     if (is_new && CountDuplicates(scope.get(), *entry) > duplicates) // nobody was asked about this one
         return Refused({}, "Il documento è stato registrato in questo momento da un'altra stazione.");
     auto stored = std::make_unique<PNOTA>(*entry);
-    if (together.before) together.before(scope.get());
+    if (together.before) together.before(scope.get(), stored.get());
     sqlpno.SqlTransaction(scope.get(), is_new ? kInsert : kUpdate, stored.get());
     if (together.after) together.after(scope.get(), *stored);
     sqlpno.Reload(scope.get(), stored.get(), true); // before the commit: once that is done nothing may fail any more
@@ -171,21 +188,12 @@ StoreOutcome StoreEntry(SACommand *cmd, PNOTA *entry, bool is_new, const StoreTo
 
 long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by)
 {
-    const std::string number(Trimmed(entry.pno_doc));
     const long day = by == DuplicateYear::OfDocument ? entry.pno_data_doc : entry.pno_data;
-    if (number.empty() || day == 0) return 0;
+    if (Trimmed(entry.pno_doc).empty() || day == 0) return 0;
     CommandScope scope(cmd);
-    SACommand query(
-        scope->Connection(),
-        by == DuplicateYear::OfDocument
-            ? "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
-              ":numdoc AND EXTRACT(YEAR FROM pno_data_doc) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc"
-            : "SELECT pno_data FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codclf AND pno_doc = "
-              ":numdoc AND EXTRACT(YEAR FROM pno_data) = :anno ORDER BY pno_reg, pno_cli_for, pno_doc");
-    query.Param("reg").setAsLong(entry.pno_reg);
-    query.Param("codclf").setAsLong(StoredCounterpart(entry));
-    query.Param("numdoc").setAsString(number);
-    query.Param("anno").setAsLong(Year(day));
+    SACommand query(scope->Connection(), "SELECT pno_data FROM admin.pnota1" + DuplicateCondition(entry, by) +
+                                             " ORDER BY pno_reg, pno_cli_for, pno_doc");
+    BindDuplicate(query, entry, by);
     query.Execute();
     return query.FetchNext() ? FromSqlDate(query.Field("pno_data").asDateTime()) : 0;
 }

@@ -14,7 +14,8 @@ struct StoreOutcome {
 
 /// What a caller stores in the same transaction as the entry.
 struct StoreTogether {
-    std::function<void(SACommand *)> before;               ///< what the entry refers to: its new supplier
+    /// What the entry refers to: its new supplier, whose code the entry takes as it is then.
+    std::function<void(SACommand *, PNOTA *entry)> before;
     std::function<void(SACommand *, const PNOTA &)> after; ///< what refers to the entry as it was numbered
     long new_counterpart = 0; ///< code of the counterpart that `before` stores, so that it is not missed by the checks
 };
@@ -34,8 +35,8 @@ std::string WhyNotStorable(SACommand *cmd, PNOTA *entry, long new_counterpart = 
 /// Which date of an entry the duplicate search looks at.
 enum class DuplicateYear { OfDocument, OfRegistration };
 
-/// The registration date of an entry with the same register, counterpart, document number and year; 0 when there is
-/// none. An entry without document number is never a duplicate.
+/// The registration date of an entry with the same register, counterpart, document number and year, or for the same
+/// received file; 0 when there is none. An entry without document number is never a duplicate.
 long FindDuplicateDocument(SACommand *cmd, const PNOTA &entry, DuplicateYear by);
 
 /// Asks whether to store the document that was already registered on that day. True for a day of 0.

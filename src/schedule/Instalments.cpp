@@ -62,6 +62,25 @@ std::string NoticeOf(const PAGAMENTI &terms, long start_day, const std::vector<I
     return {};
 }
 
+/// While the proposal is looked at, another station may change the entry, or delete it and give its number to another.
+void CheckUnchanged(SACommand *cmd, const PNOTA &entry)
+{
+    SACommand query(cmd->Connection(), "SELECT pno_rel, pno_cli_for, pno_doc, pno_tot_doc FROM admin.pnota1"
+                                       " WHERE pno_codice = :codice");
+    query.Param("codice").setAsLong(entry.pno_codice);
+    query.Execute();
+    const bool is_same = query.FetchNext() && query.Field("pno_rel").asLong() == entry.pno_rel &&
+                         query.Field("pno_cli_for").asLong() == entry.pno_cli_for &&
+                         Trimmed(query.Field("pno_doc").asStringView()) == Trimmed(entry.pno_doc) &&
+                         TestIfZero(query.Field("pno_tot_doc").asDouble() - entry.pno_tot_doc);
+    if (is_same) return;
+    throw SAException(
+        SA_UserGenerated_Error, 20064,
+        fmt::format("Il movimento n. {} è stato cambiato da un'altra stazione: le scadenze non sono state "
+                    "generate.",
+                    entry.pno_codice));
+}
+
 SCADENZE CommonFields(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal, long count)
 {
     PAGAMENTI terms;
@@ -137,6 +156,7 @@ long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentPropos
     CommandScope scope(cmd);
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Schedule);
+    CheckUnchanged(scope.get(), entry);
     if (sqlsca.CountOf(scope.get(), entry.pno_codice) > 0)
         throw SAException(SA_UserGenerated_Error, 20064,
                           fmt::format("Le scadenze del movimento n. {} sono già state generate.", entry.pno_codice));

@@ -37,7 +37,8 @@ bool ConfirmTotal(std::span<const Instalment> rows, double total);
 /// Stores the instalments of one entry: all of them or none. Rows without date or amount are skipped and not counted.
 /// @param entry  a stored entry; gives side, counterpart, terms, section, invoice number, date and total
 /// @return how many were stored
-/// @throws SAException, and then nothing is stored; also when another station has generated them meanwhile
+/// @throws SAException, and then nothing is stored; also when another station has generated them meanwhile, or changed
+/// counterpart, number or total of the entry
 long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal);
 
 /// Proposes, confirms and stores in one go, as the command line does. An entry that already has instalments is left

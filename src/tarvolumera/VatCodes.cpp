@@ -18,7 +18,8 @@ bool CPSQLiva::SearchByRate(SACommand *cmd, double rate, long kind, CODIVA *reco
     CommandScope scope(cmd);
     SACommand query(
         scope->Connection(),
-        "SELECT * FROM admin.codiva WHERE iva_aliq = :aliquota AND iva_tip = :tipo ORDER BY iva_aliq_default DESC");
+        "SELECT * FROM admin.codiva WHERE iva_aliq = :aliquota AND iva_tip = :tipo ORDER BY iva_aliq_default DESC, "
+        "iva_codice");
     query.Param("aliquota").setAsDouble(rate);
     query.Param("tipo").setAsLong(kind);
     return FetchRecord(&query, record);

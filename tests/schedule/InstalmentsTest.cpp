@@ -115,6 +115,22 @@ TEST_P(InstalmentsTest, AFailureInTheMiddleStoresNone)
     EXPECT_EQ(StoreInstalments(Cmd(), entry, proposal), 2);
 }
 
+TEST_P(InstalmentsTest, EntryChangedByAnotherStationMeanwhileGetsNone)
+{
+    const PNOTA entry = StoredPurchase();
+    const auto proposal = *ProposeInstalments(Cmd(), entry);
+    for (const char *change : {"pno_tot_doc = 100", "pno_cli_for = 2", "pno_doc = 'altro'"}) {
+        Run(fmt::format("CREATE TABLE admin.prova AS SELECT * FROM admin.pnota1"));
+        Run(fmt::format("UPDATE admin.pnota1 SET {}", change));
+        EXPECT_THROW(StoreInstalments(Cmd(), entry, proposal), SAException) << change;
+        Run("UPDATE admin.pnota1 SET pno_tot_doc = (SELECT pno_tot_doc FROM admin.prova), pno_cli_for ="
+            " (SELECT pno_cli_for FROM admin.prova), pno_doc = (SELECT pno_doc FROM admin.prova)");
+        Run("DROP TABLE admin.prova");
+    }
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.scadenze"), "0");
+    EXPECT_EQ(StoreInstalments(Cmd(), entry, proposal), 2);
+}
+
 TEST_P(InstalmentsTest, CreditNoteMirrors)
 {
     const PNOTA entry = StoredPurchase(false, -1);
