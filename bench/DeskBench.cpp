@@ -151,7 +151,7 @@ StoredRegistration ReadRegistration(SACommand *command, long code)
     StoredRegistration stored;
     InvoiceRow row;
     row.code = code;
-    FindRegisteredEntry(command, &row);
+    CheckPNota(command, &row);
     if (row.entry == 0 || !sqlpno.Search(command, row.entry, &stored.entry))
         throw std::runtime_error("the model is not registered");
     const std::vector<PNOTA_ALLEGATO> files = sqlpat.ListOf(command, row.entry);

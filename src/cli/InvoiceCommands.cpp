@@ -98,6 +98,7 @@ nlohmann::json ToJson(const InvoiceRow &row)
             {"magazzino", row.is_in_warehouse},
             {"totale", JsonAmount(row.total)},
             {"firmata", row.is_signed},
+            {"sdi", row.sdi},
             {"registrata", row.is_registered},
             {"movimento", row.entry},
             {"protocollo", row.protocol},

@@ -7,6 +7,7 @@
 #include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/base/TarvoProgressDlg.h"
+#include "tarvolumera/Counterparts.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -303,6 +304,9 @@ int Register(Session *session, const RegisterOptions &options)
     SAConnection connection;
     connection.Connect(lumera_db_target);
     SACommand command(&connection);
+    FORNITORI supplier;
+    if (options.supplier != 0 && !sqlfor.Search(&command, options.supplier, &supplier))
+        throw RefusedError(fmt::format("Il fornitore {} non esiste.", options.supplier));
     if (options.trial) return Try(*session, options, &command);
     return options.all ? RegisterAll(*session, options, &command) : RegisterNamed(session, options, &command);
 }

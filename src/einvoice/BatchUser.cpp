@@ -31,6 +31,7 @@ RegistrationChoices BatchUser::Choices()
 {
     RegistrationChoices choices = options_.choices;
     choices.skip_duplicates = true;
+    choices.leave_doubtful = !options_.answer_yes;
     choices.choose_causale = [this](long proposed) { return ChooseCausale(proposed); };
     choices.choose_vat_code = [this](const fatturapa::DatiRiepilogoType &row) { return ChooseVatCode(row); };
     if (options_.new_suppliers && !choices.confirm_supplier)

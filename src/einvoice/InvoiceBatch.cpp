@@ -5,6 +5,7 @@
 #include "ledger/EntryStorage.h"
 #include "schedule/Instalments.h"
 #include "tarvodlg/base/Dates.h"
+#include "tarvodlg/base/Numbers.h"
 #include "tarvolumera/MasterRecords.h"
 #include "tarvolumera/SaExceptionDisplay.h"
 
@@ -247,6 +248,17 @@ bool HasTerms(SACommand *cmd, const BatchLine &line, const BatchOptions &options
     return !sqlfor.Search(cmd, line.supplier, &supplier) || supplier.for_pag != 0;
 }
 
+/// What was shown is what is stored: another station may have changed the supplier since.
+std::string WhyChanged(const BatchLine &line, const PreparedInvoice &prepared)
+{
+    const PNOTA &entry = prepared.entry;
+    const bool is_same = (line.is_new_supplier || prepared.supplier.for_codice == line.supplier) &&
+                         entry.pno_cau == line.causale && VatCodesOf(entry) == line.vat_codes &&
+                         TestIfZero(entry.pno_tot_doc - line.total);
+    return is_same ? std::string()
+                   : "Fornitore, causale, codici IVA o totale non sono più quelli mostrati: occorre provare di nuovo.";
+}
+
 BatchResult RegisterOne(SACommand *cmd, const BatchLine &line, const BatchOptions &options)
 {
     BatchUser user(options);
@@ -256,8 +268,10 @@ BatchResult RegisterOne(SACommand *cmd, const BatchLine &line, const BatchOption
             result.reason = kNoTerms;
             return;
         }
+        RegistrationChoices choices = user.Choices();
+        choices.why_not = [&](const PreparedInvoice &prepared) { return WhyChanged(line, prepared); };
         const RegistrationOutcome outcome =
-            RegisterInvoice(cmd, line.invoice.code, line.invoice.document, options.causale, user.Choices());
+            RegisterInvoice(cmd, line.invoice.code, line.invoice.document, options.causale, choices);
         result = ResultOf(outcome);
         if (!result.registered) result.reason = user.Reason(result.reason);
     });

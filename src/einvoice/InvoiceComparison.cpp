@@ -110,7 +110,8 @@ void CompareFigures(const fatturapa::FatturaElettronicaBody &body, const PNOTA &
         compare(Name(group) + ": imponibile registrato", group.booked_taxable, group.taxable);
         compare(Name(group) + ": imposta registrata", group.booked_tax, group.tax);
     }
-    compare("Totale registrato", ToCents(entry.pno_tot_doc), ToCents(SignOf(body) * fatturapa::TotaleDocumento(body)));
+    const double owed = fatturapa::TotaleDocumento(body) + ReadTotal(body).left_out;
+    compare("Totale registrato", ToCents(entry.pno_tot_doc), ToCents(SignOf(body) * owed));
 }
 
 long long CentsOf(const PNOTA &entry, bool (PNOTA_RIGA::*side)() const)

@@ -39,7 +39,7 @@ ALLEGATI RenderedPdf(const ALLEGATI &filed)
         throw FileError("File in PDF del documento non trovato in archivio!");
     }
     pdf.all_anno = filed.all_anno;
-    pdf.all_tab_tipo = kInvoicePdf;
+    pdf.all_tab_tipo = kRenderedPdf;
     pdf.all_tab_codice = filed.all_codice;
     pdf.all_desc = filed.all_desc;
     pdf.all_fname = InvoicePdfNames(filed.all_fname).front().front();

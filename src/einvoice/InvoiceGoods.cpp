@@ -77,6 +77,35 @@ std::vector<double> DiscountsOf(const fatturapa::DettaglioLineeType &line, doubl
     return percents;
 }
 
+/// What the lines come to, as the file has them.
+double SumOfLines(const fatturapa::FatturaElettronicaBody &body)
+{
+    double sum = 0;
+    for (const auto &line : body.DatiBeniServizi.DettaglioLinee) sum += line.PrezzoTotale;
+    return sum;
+}
+
+/// What the taxable amounts have beside the lines: accessory expenses and contributions to pension funds.
+double BesideLines(const fatturapa::FatturaElettronicaBody &body)
+{
+    double sum = 0;
+    for (const auto &row : body.DatiBeniServizi.DatiRiepilogo) sum += row.SpeseAccessorie.value_or(0);
+    for (const auto &fund : body.DatiGenerali.DatiGeneraliDocumento.DatiCassaPrevidenziale)
+        sum += fund.ImportoContributoCassa;
+    return sum;
+}
+
+/// Many sellers name in the head a discount that their lines have had already: it is one more only when the taxable
+/// amounts are nearer to the lines with it than to the lines as they are.
+bool IsStillToBeTaken(const fatturapa::FatturaElettronicaBody &body, const std::vector<double> &percents)
+{
+    const double taxable = fatturapa::SumOfSummary(body).imponibile - BesideLines(body);
+    const double lines = SumOfLines(body);
+    double with_discounts = lines;
+    for (const double percent : percents) with_discounts *= Left(percent);
+    return std::fabs(taxable - with_discounts) < std::fabs(taxable - lines);
+}
+
 /// Percentages on the whole document are further discounts of each line.
 std::vector<double> HeadDiscounts(const fatturapa::FatturaElettronicaBody &body, GoodsOfInvoice *goods)
 {
@@ -87,7 +116,20 @@ std::vector<double> HeadDiscounts(const fatturapa::FatturaElettronicaBody &body,
         else if (SignedPercent(discount) != 0)
             percents.push_back(SignedPercent(discount));
     }
+    if (!percents.empty() && !IsStillToBeTaken(body, percents)) percents.clear();
     return percents;
+}
+
+/// A price cut written as a line of its own: the article is in another line at a higher price. Goods that go back are
+/// written with their whole price, or alone.
+bool IsPriceCut(const fatturapa::FatturaElettronicaBody &body, const fatturapa::DettaglioLineeType &line)
+{
+    if (line.PrezzoUnitario >= 0 || line.CodiceArticolo.empty()) return false;
+    const std::string &code = line.CodiceArticolo.front().CodiceValore;
+    return std::ranges::any_of(body.DatiBeniServizi.DettaglioLinee, [&](const fatturapa::DettaglioLineeType &other) {
+        return !other.CodiceArticolo.empty() && other.CodiceArticolo.front().CodiceValore == code &&
+               other.PrezzoUnitario > -line.PrezzoUnitario;
+    });
 }
 
 void TakeCodes(const fatturapa::DettaglioLineeType &line, LoadLine *goods)
@@ -198,7 +240,7 @@ GoodsOfInvoice ReadGoods(const fatturapa::FatturaElettronicaBody &body)
     const int sign = SignOf(body);
     const std::vector<double> head = HeadDiscounts(body, &goods);
     for (const auto &line : body.DatiBeniServizi.DettaglioLinee) {
-        if (const char *why = NoGoods(line)) {
+        if (const char *why = IsPriceCut(body, line) ? "sconto" : NoGoods(line)) {
             if (!TestIfZero(line.PrezzoTotale))
                 goods.notes.push_back(fmt::format("Riga {} non caricata, {}: {}.", line.NumeroLinea, why,
                                                   FormatAmount(line.PrezzoTotale)));

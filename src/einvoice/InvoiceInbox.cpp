@@ -85,6 +85,14 @@ bool EndsTheRun(const SAException &error)
     }
 }
 
+ImportResult NotReadable(std::string origin, std::string why)
+{
+    ImportResult result;
+    result.origin = std::move(origin);
+    result.text = std::move(why);
+    return result;
+}
+
 } // namespace
 
 std::string CompanyFaultForInvoices(const DITTE &company)
@@ -117,7 +125,7 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
         if (sqlall.SearchByContent(cmd, kReceivedInvoices, digest, &there)) {
             result.outcome = ImportOutcome::AlreadyThere;
             result.code = there.all_codice;
-            result.text = there.all_desc.str();
+            result.text = Summary(content);
             return result;
         }
         if (!IsForCompany(content.Header().CessionarioCommittente, lumera_db_impo) &&
@@ -135,18 +143,19 @@ ImportResult ImportInvoice(SACommand *cmd, const std::string &origin, const std:
         if (!StoreOnce(cmd, &filed, &content)) {
             result.outcome = ImportOutcome::AlreadyThere;
             result.code = filed.all_codice;
-            result.text = filed.all_desc.str();
+            result.text = Summary(content);
             return result;
         }
         result.outcome = ImportOutcome::Loaded;
         result.code = filed.all_codice;
-        result.text = filed.all_desc.str();
+        result.text = Summary(content); // what is filed may be cut
     } catch (const InvoiceFileError &error) {
         result.text = error.Detail().empty() ? error.what() : error.Detail();
         result.message = error.what();
     } catch (const SAException &error) {
         if (EndsTheRun(error)) throw;
         result.text = DescribeError(error); // the next file may be better
+        result.may_pass = true;
     }
     return result;
 }
@@ -173,52 +182,39 @@ std::vector<ImportResult> ImportInvoices(SACommand *cmd, const std::vector<std::
             ForEachOfferedFile(path, [&](const OfferedFile &file) {
                 if (file.origin != path.string()) progress.SetStatus(status + "\n" + file.name); // of an archive
                 if (!file.fault.empty())
-                    add({file.origin, ImportOutcome::Refused, 0, file.fault, {}, {}});
+                    add(NotReadable(file.origin, file.fault));
                 else
                     add(ImportInvoice(scope.get(), file.origin, file.name, file.bytes));
                 return true;
             });
         } catch (const FileError &error) {
-            add({path.string(), ImportOutcome::Refused, 0, error.what(), {}, {}});
+            add(NotReadable(path.string(), error.what()));
         }
         progress.SetPos(current);
     }
     return results;
 }
 
-bool CheckPNota(SACommand *cmd, long supplier, std::string_view number, long day)
-{
-    if (supplier == 0) return false;
-    CommandScope scope(cmd);
-    const Text<20> stored_number = Trimmed(number); // as the journal keeps it
-    for (const long vat_register : {kPurchases, kEuPurchases}) {
-        if (CountRows(scope.get(),
-                      "SELECT COUNT(*) AS numrec FROM admin.pnota1 WHERE pno_reg = :reg AND pno_cli_for = :codfor AND "
-                      "pno_doc = :numdoc AND pno_data_doc = :data",
-                      supplier, "numdoc", stored_number, "data", day, vat_register) > 0)
-            return true;
-    }
-    return false;
-}
-
-void FindRegisteredEntry(SACommand *cmd, InvoiceRow *row)
+bool CheckPNota(SACommand *cmd, InvoiceRow *row)
 {
     CommandScope scope(cmd);
     SACommand query(
         scope->Connection(),
         "SELECT pno_codice, pno_prot FROM admin.pnota1 WHERE (pno_all = :codice AND pno_all_doc = :documento)"
         " OR (pno_reg IN (2, 6) AND pno_cli_for = :codfor AND pno_cli_for <> 0 AND pno_doc = :numdoc"
-        " AND pno_data_doc = :data) ORDER BY pno_codice DESC");
+        " AND pno_data_doc = :data AND NOT EXISTS (SELECT 1 FROM admin.fatture WHERE fat_codice = pno_all"
+        " AND fat_documento = pno_all_doc AND fat_tipo <> :doctype)) ORDER BY pno_codice DESC");
     query.Param("codice").setAsLong(row->code);
     query.Param("documento").setAsLong(static_cast<long>(row->document + 1));
     query.Param("codfor").setAsLong(row->supplier);
     query.Param("numdoc").setAsString(Text<20>(Trimmed(row->number)));
     query.Param("data").setAsDateTime(ToSqlDate(row->day));
+    query.Param("doctype").setAsString(row->type);
     query.Execute();
-    if (!query.FetchNext()) return;
-    row->is_registered = true;
-    row->entry = query.Field("pno_codice").asLong();
-    row->protocol = query.Field("pno_prot").asLong();
+    row->is_registered = query.FetchNext();
+    row->entry = row->is_registered ? query.Field("pno_codice").asLong() : 0;
+    row->protocol = row->is_registered ? query.Field("pno_prot").asLong() : 0;
+    return row->is_registered;
 }
 
 bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long day)
@@ -275,8 +271,7 @@ InvoiceRow DescribeInvoice(SACommand *cmd, const ALLEGATI &filed, const CFatture
     row.number = general.Numero;
     row.day = general.Data;
     row.total = fatturapa::TotaleDocumento(body);
-    row.is_registered = CheckPNota(cmd, row.supplier, row.number, row.day);
-    FindRegisteredEntry(cmd, &row); // also finds what was registered on a supplier chosen by hand
+    CheckPNota(cmd, &row);
     row.is_in_warehouse = CheckTestate(cmd, row.supplier, row.number, row.day);
     return row;
 }
@@ -333,9 +328,11 @@ void DeleteInvoice(SACommand *cmd, long code)
     ALLEGATI filed = FiledDocument(scope.get(), code);
     SATransaction transaction(scope.get());
     sqlall.SqlTransaction(scope.get(), kDelete, &filed);
-    SACommand rendered(scope->Connection(),
-                       "DELETE FROM admin.allegati WHERE all_tab_tipo = :tipo AND all_tab_codice = :codice");
-    rendered.Param("tipo").setAsLong(kInvoicePdf);
+    SACommand rendered(
+        scope->Connection(),
+        "DELETE FROM admin.allegati WHERE all_tab_tipo IN (:tipo1, :tipo2) AND all_tab_codice = :codice");
+    rendered.Param("tipo1").setAsLong(kInvoicePdf);
+    rendered.Param("tipo2").setAsLong(kRenderedPdf);
     rendered.Param("codice").setAsLong(code);
     rendered.Execute();
     transaction.Commit();

@@ -19,7 +19,8 @@ struct ImportResult {
     long code = 0;    ///< number of the filed document, also of the one that was already there
     std::string text; ///< what was loaded, or why not
     std::vector<std::string> warnings;
-    std::string message; ///< of a file that cannot be read: the same for a window of its own, with its name
+    std::string message;   ///< of a file that cannot be read: the same for a window of its own, with its name
+    bool may_pass = false; ///< refused for a fault of the archive, not of the file
 };
 
 /// What must be set on the company before any invoice is taken in. Empty when all is there, else the message.
@@ -53,6 +54,7 @@ struct InvoiceRow {
     bool is_signed = false;
     bool is_registered = false, is_in_warehouse = false;
     long entry = 0, protocol = 0; ///< of the newest entry that registers it; 0 = not registered
+    std::string sdi;              ///< identifier that the exchange system gave the file; empty = not known
     std::string fault;            ///< the filed bytes can no longer be read
 };
 
@@ -91,10 +93,11 @@ bool IsFiled(SACommand *cmd, long code);
 /// The bytes and the content of a filed invoice. @throws InvoiceFileError, SAException (kNoSuchInvoice)
 ALLEGATI LoadInvoice(SACommand *cmd, long code, CFattureElettronicheDB *content);
 
-/// Whether the journal holds the document of that supplier, and whether the warehouse does.
-bool CheckPNota(SACommand *cmd, long supplier, std::string_view number, long day);
-/// The entry that registers the document, the newest one; sets entry and protocol of the row.
-void FindRegisteredEntry(SACommand *cmd, InvoiceRow *row);
+/// Whether the journal holds the document; sets the newest entry that does, and its protocol. An entry holds it that
+/// was made from it, on whatever supplier, or that has supplier, number and date of it in a purchase register; one that
+/// was made from a document of another type does not: sellers number credit notes as they number invoices.
+bool CheckPNota(SACommand *cmd, InvoiceRow *row);
+/// Whether the warehouse holds the document of that supplier.
 bool CheckTestate(SACommand *cmd, long supplier, std::string_view number, long day);
 
 /// The newest supplier with the VAT number or fiscal code; false when there is none.

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 
 // One text for the whole list: for each document its supplier as FindSupplierOfRow finds it (a number that is not
-// there meets nobody), the entry as FindRegisteredEntry does, the warehouse as CheckTestate does. Each step is
+// there meets nobody), the entry as CheckPNota does, the warehouse as CheckTestate does. Each step is
 // materialized, or its subquery would be computed again wherever its result is used. The
 // "+ 0" and the COALESCE keep the engines from walking the journal by number or by date.
 std::string InvoiceListQuery(const InvoiceFilter &filter)
@@ -28,7 +28,9 @@ std::string InvoiceListQuery(const InvoiceFilter &filter)
            " (SELECT pno_codice AS trovato FROM admin.pnota1 WHERE pno_all = fat_codice AND pno_all_doc = fat_documento"
            " UNION ALL"
            " SELECT pno_codice AS trovato FROM admin.pnota1 WHERE pno_reg IN (2, 6) AND pno_cli_for = fornitore"
-           " AND pno_doc = SUBSTR(TRIM(fat_numero), 1, 20) AND COALESCE(pno_data_doc, pno_data_doc) = fat_data)"
+           " AND pno_doc = SUBSTR(TRIM(fat_numero), 1, 20) AND COALESCE(pno_data_doc, pno_data_doc) = fat_data"
+           " AND NOT EXISTS (SELECT 1 FROM admin.fatture AS altra WHERE altra.fat_codice = pno_all"
+           " AND altra.fat_documento = pno_all_doc AND altra.fat_tipo <> elenco.fat_tipo))"
            " AS trovati) AS movimento FROM elenco)"
            " SELECT " +
            sqlfat.ColumnList() +
@@ -53,6 +55,7 @@ InvoiceRow ReadRow(SACommand *query)
     row.file_name = summary.fat_fname;
     row.acquired = summary.fat_acquisita;
     row.supplier_name = kUnknownSupplier;
+    row.sdi = summary.fat_sdi.str();
     row.fault = summary.fat_guasto.str();
     if (!row.fault.empty()) return row;
     row.seller_name = summary.fat_cedente.str();

@@ -7,10 +7,11 @@
 
 /// One file that a provider has for the company.
 struct ProvidedFile {
-    std::string name;     ///< what tells it from the provider's other files: a path, parts parted by '/'
-    std::string version;  ///< what changes when its content does: size and time, a tag; empty = cannot be told
-    std::string fault;    ///< why it cannot be had, in Italian; it is then not read
-    bool is_ready = true; ///< false: still being written, to be looked at the next time
+    std::string name;        ///< what tells it from the provider's other files: a path, parts parted by '/'
+    std::string version;     ///< what changes when its content does: size and time, a tag; empty = cannot be told
+    std::string fault;       ///< why it cannot be had, in Italian; it is then not read
+    bool is_ready = true;    ///< false: still being written, to be looked at the next time
+    bool is_settled = false; ///< unchanged for so long that what is missing of it will not come any more
 };
 
 /// Where received invoices, the exchange system's notifications and readable documents come from: a folder, or the

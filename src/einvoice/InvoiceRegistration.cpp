@@ -10,6 +10,7 @@
 #include "tarvodlg/base/Numbers.h"
 #include "tarvodlg/base/UserInterface.h"
 #include "tarvolumera/Causali.h"
+#include "tarvolumera/FiscalCodes.h"
 #include "tarvolumera/MasterRecords.h"
 #include "tarvolumera/PSQLpno.h"
 #include "tarvolumera/Schedule.h"
@@ -97,6 +98,22 @@ void TakeNewSupplier(const FORNITORI &supplier, PNOTA *entry)
     }
 }
 
+/// Another station may have stored the seller, or given the proposed code to somebody else, since the entry was
+/// prepared.
+void StoreNewSupplier(SACommand *cmd, const fatturapa::PartyType &seller, PreparedInvoice *prepared, PNOTA *entry)
+{
+    FORNITORI &supplier = prepared->new_supplier;
+    FORNITORI there;
+    if (const long code = FindSupplierOf(cmd, seller); code != 0) {
+        sqlfor.Search(cmd, code, &supplier);
+    } else {
+        if (sqlfor.Search(cmd, supplier.for_codice, &there)) supplier.for_codice = sqlfor.NextCode(cmd);
+        sqlfor.SqlTransaction(cmd, kInsert, &supplier);
+    }
+    TakeNewSupplier(supplier, entry);
+    prepared->supplier = supplier;
+}
+
 PNOTA_RIGA *FirstFreeRow(PNOTA *entry)
 {
     std::size_t free = 0;
@@ -156,8 +173,38 @@ bool PostRounding(SACommand *cmd, const fatturapa::FatturaElettronicaBody &body,
     row->row_descac = prepared->entry.pno_des_cau;
     row->row_n_doc = prepared->entry.pno_doc;
     sqlpno.RecalcPNota(cmd, &prepared->entry, 1, difference, 0, 0, 0);
-    prepared->notes.push_back(figures);
+    prepared->notes.push_back(figures + " Le scadenze non la comprendono.");
     return true;
+}
+
+void Doubt(PreparedInvoice *prepared, std::string text)
+{
+    prepared->doubts.push_back(text);
+    prepared->notes.push_back(std::move(text));
+}
+
+/// The members of a VAT group share its VAT number; who of them the invoice is from, only the fiscal code tells. A
+/// person who is stored with his VAT number as fiscal code too is no such case: the codes differ in length.
+void CheckFiscalCode(const fatturapa::PartyType &seller, PreparedInvoice *prepared)
+{
+    const std::string in_file = NormalisedFiscalCode(seller.DatiAnagrafici.CodiceFiscale);
+    const std::string stored = NormalisedFiscalCode(prepared->supplier.for_codfis);
+    const std::string vat_number = fatturapa::VatNumber(seller.DatiAnagrafici.IdFiscaleIVA);
+    const bool is_same = in_file == stored || in_file.size() != stored.size();
+    if (in_file.empty() || is_same || prepared->supplier.for_piva != vat_number) return;
+    Doubt(prepared, fmt::format("Il fornitore {} ha la stessa partita IVA ma il codice fiscale {}, in fattura {}: può "
+                                "essere un altro.",
+                                prepared->supplier.for_codice, stored, in_file));
+}
+
+/// What the total says in another way than the entry: amounts that are not paid to the supplier were taken off.
+void NoteTotal(const fatturapa::FatturaElettronicaBody &body, PreparedInvoice *prepared)
+{
+    const TotalReading reading = ReadTotal(body);
+    if (TestIfZero(reading.left_out)) return;
+    prepared->notes.push_back(fmt::format("Il totale indicato, {}, è {}: registrato {}.",
+                                          FormatAmount(fatturapa::TotaleDocumento(body)), reading.how,
+                                          FormatAmount(prepared->entry.pno_tot_doc)));
 }
 
 void NoteWhatMatters(const fatturapa::FatturaElettronicaBody &body, PreparedInvoice *prepared)
@@ -173,7 +220,8 @@ void NoteWhatMatters(const fatturapa::FatturaElettronicaBody &body, PreparedInvo
         split = split || row.EsigibilitaIVA == "S";
     }
     if (reverse_charge) prepared->notes.push_back("Inversione contabile: integrare l'imposta nel movimento.");
-    if (split) prepared->notes.push_back("Scissione dei pagamenti: l'imposta non è dovuta al fornitore.");
+    if (split)
+        Doubt(prepared, "Scissione dei pagamenti: l'imposta non è dovuta al fornitore, va tolta dalle scadenze.");
     for (const auto &withholding : document.DatiRitenuta)
         prepared->notes.push_back(fmt::format("Ritenuta d'acconto di {} da trattenere al pagamento.",
                                               FormatAmount(withholding.ImportoRitenuta)));
@@ -218,6 +266,14 @@ bool HasAnyNamed(SACommand *cmd, const std::vector<std::array<std::string, 2>> &
     return query.FetchNext();
 }
 
+/// What the buyer sends to the exchange system himself, in the name of a seller who is mostly abroad: it integrates an
+/// invoice that is owed without tax, and is no second debt.
+bool IsOwnIntegration(const std::string &type)
+{
+    constexpr const char *kTypes[] = {"TD16", "TD17", "TD18", "TD19", "TD20", "TD22", "TD23", "TD28", "TD29"};
+    return std::ranges::find(kTypes, type) != std::end(kTypes);
+}
+
 /// The company's own self-invoices come back from the exchange system and are no purchases; amounts in another currency
 /// cannot be booked as euro without the bookkeeper knowing.
 bool IsOrdinaryPurchase(const CFattureElettronicheDB &content, const fatturapa::DatiGeneraliDocumentoType &document,
@@ -226,9 +282,18 @@ bool IsOrdinaryPurchase(const CFattureElettronicheDB &content, const fatturapa::
     const std::string seller = fatturapa::VatNumber(content.Header().CedentePrestatore.DatiAnagrafici.IdFiscaleIVA);
     if (!seller.empty() && seller == lumera_db_impo.dit_piva.str())
         return Stop(reason, "Il cedente è la ditta stessa: è un'autofattura, da registrare in prima nota.");
-    if (document.Divisa.empty() || document.Divisa == "EUR") return true;
-    *reason = fmt::format("Gli importi del documento sono in {}, non in euro.", document.Divisa);
-    return AfxMessageBox(*reason + "\n\nVuoi Continuare ?", MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES;
+    const auto goes_on = [&](const std::string &text) {
+        if (AfxMessageBox(text + "\n\nVuoi Continuare ?", MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) == IDYES)
+            return true;
+        *reason = text;
+        return false;
+    };
+    if (IsOwnIntegration(document.TipoDocumento) &&
+        !goes_on(fmt::format("Il documento è di tipo {}: lo emette chi acquista, e non è un debito verso il fornitore.",
+                             document.TipoDocumento)))
+        return false;
+    return document.Divisa.empty() || document.Divisa == "EUR" ||
+           goes_on(fmt::format("Gli importi del documento sono in {}, non in euro.", document.Divisa));
 }
 
 } // namespace
@@ -293,8 +358,12 @@ bool PrepareInvoiceEntry(SACommand *cmd, const ALLEGATI &filed, const CFattureEl
     }
     sqlpno.RecalcPNota(scope.get(), &prepared->entry, 1, 0, 0, 0, 0);
     if (!PostRounding(scope.get(), body, prepared, reason)) return false;
+    NoteTotal(body, prepared);
     NoteWhatMatters(body, prepared);
-    return true;
+    if (!is_new) CheckFiscalCode(content.Header().CedentePrestatore, prepared);
+    if (!choices.leave_doubtful || prepared->doubts.empty()) return true;
+    *reason = prepared->doubts.front();
+    return false;
 }
 
 void AttachFiles(SACommand *cmd, const ALLEGATI &filed, PNOTA *entry)
@@ -348,10 +417,14 @@ RegistrationOutcome RegisterInvoice(SACommand *cmd, long code, std::size_t docum
         outcome.reason = "Scadenze non confermate.";
         return outcome;
     }
+    if (choices.why_not) outcome.reason = choices.why_not(prepared);
+    if (!outcome.reason.empty()) return outcome;
     StoreTogether together;
     together.new_counterpart = prepared.new_supplier.for_codice;
     if (together.new_counterpart != 0)
-        together.before = [&](SACommand *inner) { sqlfor.SqlTransaction(inner, kInsert, &prepared.new_supplier); };
+        together.before = [&](SACommand *inner, PNOTA *entry) {
+            StoreNewSupplier(inner, content.Header().CedentePrestatore, &prepared, entry);
+        };
     if (instalments)
         together.after = [&](SACommand *inner, const PNOTA &entry) {
             outcome.instalments = StoreInstalments(inner, entry, *instalments);

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+struct PreparedInvoice;
+
 /// What the registration asks for beside questions: browsers and editors on the desk, options on the command line. A
 /// function that is not set, or gives 0 or false, means that the user gave up.
 struct RegistrationChoices {
@@ -19,6 +21,9 @@ struct RegistrationChoices {
     std::function<long(const fatturapa::DatiRiepilogoType &row)> choose_vat_code; ///< VAT code browser: a code
     long registration_day = 0;                                                    ///< 0 = the document's date
     bool skip_duplicates = false; ///< in a bulk run a document that is already registered is never asked about
+    bool leave_doubtful = false;  ///< in a bulk run what somebody should look at first stays for the editor
+    /// Looks at the entry before it is stored; a text says why it is not. Not set = stored.
+    std::function<std::string(const PreparedInvoice &)> why_not;
 };
 
 /// A body of a filed invoice turned into an entry that is ready to be completed or stored.
@@ -27,6 +32,9 @@ struct PreparedInvoice {
     FORNITORI supplier;
     FORNITORI new_supplier;         ///< to be inserted with the entry when for_codice is set in it
     std::vector<std::string> notes; ///< what the bookkeeper should know: rounding, reverse charge, credit note signs
+    /// Of the notes, those that call for a look at the entry before it is stored: it may be another supplier's, or owe
+    /// less than its total.
+    std::vector<std::string> doubts;
 };
 
 /// How a registration ended.
@@ -44,6 +52,10 @@ struct RegistrationOutcome {
 /// @return false when the registration stops
 bool CreaFornnitore(SACommand *cmd, const fatturapa::PartyType &seller, const RegistrationChoices &choices,
                     FORNITORI *supplier, bool *is_new);
+
+/// The supplier of an invoice that the archive has: by VAT number, then by fiscal code, the highest code winning; 0
+/// when there is none.
+long FindSupplierOf(SACommand *cmd, const fatturapa::PartyType &seller);
 
 /// A supplier record prepared from the seller's data: number proposed, nothing stored.
 FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller);

@@ -11,6 +11,29 @@ double SummaryRoundings(const fatturapa::FatturaElettronicaBody &body)
     return Round(sum, 2);
 }
 
+double Withheld(const fatturapa::DatiGeneraliDocumentoType &document)
+{
+    double sum = 0;
+    for (const auto &withholding : document.DatiRitenuta) sum += withholding.ImportoRitenuta;
+    return Round(sum, 2);
+}
+
+/// Tax that a public body pays to the tax office instead of the seller.
+double SplitTax(const fatturapa::FatturaElettronicaBody &body)
+{
+    double sum = 0;
+    for (const auto &row : body.DatiBeniServizi.DatiRiepilogo)
+        if (row.EsigibilitaIVA == "S") sum += row.Imposta;
+    return Round(sum, 2);
+}
+
+void TakeOff(double amount, const char *how, TotalReading *reading)
+{
+    reading->rounding = 0;
+    reading->left_out = amount;
+    reading->how = how;
+}
+
 } // namespace
 
 TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body)
@@ -26,15 +49,19 @@ TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body)
     const double of_summary = SummaryRoundings(body);
     const double stamp = document.DatiBollo ? Round(document.DatiBollo->ImportoBollo.value_or(0), 2) : 0;
     const auto closes_with = [&](double part) { return !TestIfZero(part) && TestIfZero(reading.rounding - part); };
-    if (closes_with(of_document))
+    if (closes_with(of_document)) {
         reading.how = "arrotondamento del documento, oltre il riepilogo IVA";
-    else if (closes_with(of_summary))
+    } else if (closes_with(of_summary)) {
         reading.how = "arrotondamenti del riepilogo IVA, fuori dall'imponibile";
-    else if (closes_with(of_document + of_summary))
+    } else if (closes_with(of_document + of_summary)) {
         reading.how = "arrotondamenti del documento e del riepilogo IVA";
-    else if (closes_with(stamp)) {
+    } else if (closes_with(stamp)) {
         reading.is_stamp_duty = true;
         reading.how = "imposta di bollo compresa nel totale";
+    } else if (const double withheld = Withheld(document); closes_with(-withheld)) {
+        TakeOff(withheld, "al netto della ritenuta", &reading);
+    } else if (const double tax = SplitTax(body); closes_with(-tax)) {
+        TakeOff(tax, "al netto dell'imposta che non è dovuta al fornitore", &reading);
     } else {
         reading.closes = false;
         reading.how = "differenza non dichiarata tra totale del documento e riepilogo IVA";

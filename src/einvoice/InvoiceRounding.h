@@ -6,7 +6,8 @@
 
 /// What the declared total of a document is made of, beside its VAT summary.
 struct TotalReading {
-    double rounding = 0;        ///< declared total minus VAT summary, signs as in the file; 0 when they agree
+    double rounding = 0; ///< declared total minus VAT summary, signs as in the file; 0 when they agree
+    double left_out = 0; ///< what the seller took off the total because it is not paid to him; then rounding is 0
     bool is_stamp_duty = false; ///< the difference is the declared stamp duty, charged on to the buyer
     bool closes = true;         ///< a known reading closes to the cent
     std::string how;            ///< which reading was used, Italian; empty when the totals simply agree

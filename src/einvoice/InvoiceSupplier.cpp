@@ -73,18 +73,24 @@ FORNITORI SupplierFromSeller(SACommand *cmd, const fatturapa::PartyType &seller)
     return supplier;
 }
 
+long FindSupplierOf(SACommand *cmd, const fatturapa::PartyType &seller)
+{
+    CommandScope scope(cmd);
+    const long code = SupplierBy(
+        scope.get(), "SELECT for_codice, for_naz FROM admin.fornito1 WHERE for_piva = :piva ORDER BY for_codice DESC",
+        "piva", fatturapa::VatNumber(seller.DatiAnagrafici.IdFiscaleIVA));
+    if (code != 0) return code;
+    return SupplierBy(scope.get(),
+                      "SELECT for_codice FROM admin.fornito1 WHERE for_codfis = :codfis ORDER BY for_codice DESC",
+                      "codfis", NormalisedFiscalCode(seller.DatiAnagrafici.CodiceFiscale));
+}
+
 bool CreaFornnitore(SACommand *cmd, const fatturapa::PartyType &seller, const RegistrationChoices &choices,
                     FORNITORI *supplier, bool *is_new)
 {
     CommandScope scope(cmd);
     *is_new = false;
-    long code = SupplierBy(
-        scope.get(), "SELECT for_codice, for_naz FROM admin.fornito1 WHERE for_piva = :piva ORDER BY for_codice DESC",
-        "piva", fatturapa::VatNumber(seller.DatiAnagrafici.IdFiscaleIVA));
-    if (code == 0)
-        code = SupplierBy(scope.get(),
-                          "SELECT for_codice FROM admin.fornito1 WHERE for_codfis = :codfis ORDER BY for_codice DESC",
-                          "codfis", NormalisedFiscalCode(seller.DatiAnagrafici.CodiceFiscale));
+    long code = FindSupplierOf(scope.get(), seller);
     if (code == 0) {
         const int answer = AfxMessageBox(kSupplierNotFound, MB_YESNOCANCEL | MB_ICONQUESTION | MB_DEFBUTTON3);
         if (answer == IDCANCEL) return false;

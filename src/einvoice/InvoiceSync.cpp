@@ -164,7 +164,8 @@ class Synchronisation {
             return Add({file.name, SyncOutcome::Waiting, 0, "modificato durante la lettura", {}});
         const std::string digest = ContentDigest(bytes);
         SINCRO there;
-        if (sqlsyn.SearchContent(cmd_, file.name, digest, &there)) { // copied again, nothing new in it
+        const bool is_known = sqlsyn.SearchContent(cmd_, file.name, digest, &there);
+        if (is_known && there.syn_esito != static_cast<long>(SyncOutcome::Refused)) { // copied again, nothing new in it
             there.syn_versione = file.version;
             return sqlsyn.Store(cmd_, &there);
         }
@@ -175,7 +176,7 @@ class Synchronisation {
     {
         if (HasEnding(file.name, ".ZIP")) return TakeUpArchive(file, digest, bytes);
         const bool is_pdf = HasEnding(file.name, ".PDF");
-        if (HasEnding(file.name, ".XML") && !IsXmlComplete(bytes))
+        if (HasEnding(file.name, ".XML") && !file.is_settled && !IsXmlComplete(bytes))
             return Add({file.name, SyncOutcome::Waiting, 0, "il file non è ancora completo", {}});
         SyncLine line = is_pdf ? FilePdf(file.name, bytes) : FileInvoice(file.name, SafeFileName(file.name), bytes);
         if (line.outcome != SyncOutcome::Waiting) {
@@ -188,15 +189,18 @@ class Synchronisation {
     void TakeUpArchive(const ProvidedFile &file, const std::string &digest, const std::string &bytes)
     {
         long count = 0;
+        bool waits = false;
         std::string fault;
         ForEachArchivedFile(bytes, file.name, [&](const OfferedFile &member) {
             SyncLine line{member.origin, SyncOutcome::Refused, 0, member.fault, {}};
             if (member.fault.empty()) line = FileInvoice(member.origin, member.name, member.bytes);
             if (line.outcome == SyncOutcome::Refused && fault.empty()) fault = line.text;
+            waits = waits || line.outcome == SyncOutcome::Waiting;
             ++count;
             Add(std::move(line));
             return true;
         });
+        if (waits) return;
         if (count == 0) Add({file.name, SyncOutcome::Refused, 0, fault = "L'archivio non contiene fatture.", {}});
         Remember(file, digest, fault.empty() ? SyncOutcome::Loaded : SyncOutcome::Refused, fault);
         if (fault.empty()) provider_.Acknowledge(file);
@@ -217,6 +221,7 @@ class Synchronisation {
         case ImportOutcome::Ignored:
             return FileNotification(origin, name, bytes);
         case ImportOutcome::Refused:
+            if (imported.may_pass) line.outcome = SyncOutcome::Waiting;
             break;
         }
         return line;
@@ -253,10 +258,13 @@ class Synchronisation {
         }
         line.text = "documento leggibile della fattura n. " + std::to_string(invoice.all_codice);
         line.outcome = SyncOutcome::AlreadyThere;
-        if (FindInvoicePdf(cmd_, invoice, &pdf)) {
+        const bool is_there = FindInvoicePdf(cmd_, invoice, &pdf);
+        if (is_there && pdf.all_tab_tipo != kRenderedPdf) {
             line.code = pdf.all_codice;
             return line;
         }
+        SATransaction transaction(cmd_);
+        if (is_there) sqlall.SqlTransaction(cmd_, kDelete, &pdf);
         pdf = ALLEGATI{};
         pdf.all_tab_tipo = kInvoicePdf;
         pdf.all_tab_codice = invoice.all_codice;
@@ -268,6 +276,7 @@ class Synchronisation {
         pdf.all_data_fat = invoice.all_data_fat;
         pdf.all_data = ToBytes(bytes);
         if (FileNew(cmd_, &pdf)) line.outcome = SyncOutcome::Pdf;
+        transaction.Commit();
         line.code = pdf.all_codice;
         return line;
     }

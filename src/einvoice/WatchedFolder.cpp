@@ -112,6 +112,7 @@ void WatchedFolder::Look(const fs::directory_entry &item, const KnownFile &is_kn
     // A time ahead of ours comes from a machine whose clock is wrong, and must not hold the file back for ever.
     const auto age = now_() - written;
     file.is_ready = age > kQuiet || age < -kQuiet;
+    file.is_settled = age > kSettled || age < -kSettled;
     files->push_back(std::move(file));
 }
 
@@ -150,6 +151,7 @@ bool WatchedFolder::IsUnchanged(const ProvidedFile &file)
 fs::path ReceivedInvoicesFolder()
 {
     if (lumera_db_flag.flg_sdi_cartella.empty())
-        throw FileError("Cartella delle fatture ricevute non impostata sulla ditta!");
+        throw FileError("Cartella delle fatture ricevute non impostata sulla ditta!\n\nSi sceglie nelle impostazioni "
+                        "dell'azienda, pagina Automatismi.");
     return lumera_db_flag.flg_sdi_cartella.str();
 }

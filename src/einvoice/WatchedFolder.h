@@ -16,6 +16,8 @@ class WatchedFolder : public InvoiceProvider {
 
     /// A file that was written less than this ago may not be finished.
     static constexpr std::chrono::seconds kQuiet{5};
+    /// One that is not whole after so long was cut off on its way.
+    static constexpr std::chrono::hours kSettled{1};
 
     /// @param now  the clock that the files' times are compared with; the file system's when empty
     explicit WatchedFolder(std::filesystem::path folder, Clock now = {});

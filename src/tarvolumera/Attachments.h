@@ -6,8 +6,10 @@
 
 /// The owner kind (all_tab_tipo) that marks received electronic invoices.
 inline constexpr long kReceivedInvoices = 20;
-/// Of their readable documents; all_tab_codice is the invoice's number, 0 for one that a provider made.
+/// Of their readable documents that a provider made; all_tab_codice is the invoice's number, 0 when it is not known.
 inline constexpr long kInvoicePdf = 21;
+/// Of those that we rendered; a provider's takes their place.
+inline constexpr long kRenderedPdf = 23;
 /// Receipts, notifications and metadata of the exchange system, as they came.
 inline constexpr long kSdiNotification = 22;
 

@@ -21,7 +21,7 @@ TEST_P(InvoiceExportTest, PdfOfFileAndOfOneDocument)
     EXPECT_EQ(whole.code, 0) << whole.err;
     EXPECT_EQ(whole.Json()["file"], File("tutto.pdf"));
     EXPECT_EQ(Lumera({"fatture", "esporta", "1.2", "--pdf", File("uno.pdf")}).code, 0);
-    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 21"), "1");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 23"), "1");
     EXPECT_NE(ReadWholeFile(File("tutto.pdf"), 1'000'000), ReadWholeFile(File("uno.pdf"), 1'000'000));
 }
 

@@ -137,6 +137,15 @@ TEST_P(BatchTest, WhatNeedsAnAnswerStaysWithAReasonOnOneLine)
          "Totale documento 130,00, riepilogo IVA 122,00, differenza 8,00 (differenza non dichiarata tra totale del "
          "documento e riepilogo IVA).",
          true},
+        {"sent by the buyer himself", [](InvoiceSpec *spec) { spec->type = "TD18"; }, nullptr, nullptr, nullptr,
+         "Il documento è di tipo TD18: lo emette chi acquista, e non è un debito verso il fornitore.", true},
+        {"split payment", [](InvoiceSpec *spec) { spec->summary[0].due = "S"; }, nullptr, nullptr, nullptr,
+         "Scissione dei pagamenti: l'imposta non è dovuta al fornitore, va tolta dalle scadenze.", true},
+        {"another one of the VAT group", [](InvoiceSpec *spec) { spec->seller_fiscal_code = "22222222220"; }, nullptr,
+         nullptr, nullptr,
+         "Il fornitore 1 ha la stessa partita IVA ma il codice fiscale 02565617350, in fattura 22222222220: può "
+         "essere un altro.",
+         true},
         {"supplier without terms", same, nullptr, nullptr,
          "UPDATE admin.fornito1 SET for_pag = NULL WHERE for_codice = 1", kNoTermsReason, true},
         {"terms without dates", same, nullptr, nullptr,
@@ -267,15 +276,22 @@ TEST_P(BatchTest, WhatChangedSinceThePlanIsRefusedAndTheOthersAreStored)
     other.number = "6";
     other.seller_vat = other.seller_fiscal_code = "06045677173"; // supplier 2
     Filed(other);
+    other.number = "7";
+    other.seller_vat = other.seller_fiscal_code = "06593047100"; // supplier 13
+    Filed(other);
     const BatchPlan plan = Plan();
-    ASSERT_EQ(plan.Ready(), 6);
+    ASSERT_EQ(plan.Ready(), 7);
 
     ASSERT_TRUE(Register(2).registered); // at another station
     DeleteInvoice(Cmd(), 3);
     Damage(4);
     Run("UPDATE admin.fornito1 SET for_pag = NULL WHERE for_codice = 2");
-    const std::vector<std::string> ends = Store(plan);
-    ASSERT_EQ(ends.size(), 6u);
+    Run("UPDATE admin.fornito1 SET for_cau = 22 WHERE for_codice = 13");
+    std::vector<std::string> ends = Store(plan);
+    ASSERT_EQ(ends.size(), 7u);
+    EXPECT_EQ(ends[1], "7: Fornitore, causale, codici IVA o totale non sono più quelli mostrati: occorre provare di "
+                       "nuovo.");
+    ends.erase(ends.begin() + 1);
     EXPECT_EQ(ends[0], fmt::format("6: {}", kNoTermsReason)) << "of 10 March";
     EXPECT_EQ(ends[1], "1: protocollo 2");
     EXPECT_EQ(ends[2], "2: Già registrata il 12/03/2026.");

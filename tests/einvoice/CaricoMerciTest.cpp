@@ -167,12 +167,30 @@ TEST_P(CaricoMerciTest, LinesWithoutCodeOrArticleAreLeftOutOneByOne)
     EXPECT_EQ(Count("artforn"), "6") << "a code of ours that nobody confirmed is not remembered";
 }
 
+// A price cut on a line of its own takes no goods back; a return at the whole price does.
+TEST_P(CaricoMerciTest, NegativeLineOfAnArticleIsACutOrAReturn)
+{
+    LineSpec sold, cut, back;
+    cut.quantity = "1.00";
+    cut.price = cut.total = "-10.00";
+    back.quantity = "1.00";
+    back.price = back.total = "-50.00";
+    CFattureElettronicheDB content;
+    content.Load(TextOf({sold, cut, back}), "prova.xml");
+    const GoodsOfInvoice goods = ReadGoods(content.Documents().front());
+    ASSERT_EQ(goods.lines.size(), 2U);
+    EXPECT_DOUBLE_EQ(goods.lines[1].quantity, -1);
+    EXPECT_DOUBLE_EQ(goods.lines[1].price, 50);
+    EXPECT_THAT(goods.notes, testing::ElementsAre("Riga 2 non caricata, sconto: -10,00."));
+}
+
 struct DiscountCase {
     const char *name;
     std::string line, head; ///< ScontoMaggiorazione
     const char *total;      ///< PrezzoTotale of 2 at 50
     double first, second, third, amount;
     bool by_value, too_many;
+    const char *taxable = nullptr; ///< of the summary; null = whatever
 };
 
 TEST_P(CaricoMerciTest, DiscountsInPercentOthersWarned)
@@ -184,7 +202,8 @@ TEST_P(CaricoMerciTest, DiscountsInPercentOthersWarned)
         {"surcharge", DiscountText("MG", "Percentuale", "10.00"), "", "110.00", -10, 0, 0, 110, false, false},
         {"off the price", DiscountText("SC", "Importo", "10.00"), "", "80.00", 20, 0, 0, 80, false, false},
         {"four", ten + five + ten + ten, "", "69.26", 10, 5, 10, 76.95, false, true},
-        {"head percent", ten, five, "90.00", 10, 5, 0, 85.5, false, false},
+        {"head percent", ten, five, "90.00", 10, 5, 0, 85.5, false, false, "85.50"},
+        {"head percent that the lines have had", ten, five, "90.00", 10, 0, 0, 90, false, false, "90.00"},
         {"head value", "", DiscountText("SC", "Importo", "20.00"), "100.00", 0, 0, 0, 100, true, false},
     };
     for (const DiscountCase &each : cases) {
@@ -192,6 +211,7 @@ TEST_P(CaricoMerciTest, DiscountsInPercentOthersWarned)
         InvoiceSpec spec;
         spec.number = std::string("S/") + each.name;
         spec.number.resize(std::min<std::size_t>(spec.number.size(), 20));
+        if (each.taxable != nullptr) spec.summary = {{"22.00", each.taxable, "1.00", "", "", "", ""}};
         LineSpec line;
         line.more = each.line;
         line.total = each.total;

@@ -56,7 +56,7 @@ TEST_P(InvoiceDocumentsTest, RendersOnceAndKeepsIt)
     const long code = Filed(InvoiceSpec{});
     const std::string first = ExportedPdf(code);
     EXPECT_THAT(first, StartsWith("%PDF"));
-    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 21 AND all_fname = 'prova.XML.PDF'"
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 23 AND all_fname = 'prova.XML.PDF'"
                     " AND all_anno = 2026"),
               "1");
     EXPECT_EQ(ExportedPdf(code), first);
@@ -71,7 +71,7 @@ TEST_P(InvoiceDocumentsTest, InvoicesOfOneNameHaveTheirOwn)
     other.number = "8/P";
     const long first = Filed(InvoiceSpec{}), second = Filed(other);
     EXPECT_NE(ExportedPdf(first), ExportedPdf(second));
-    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 21"), "2");
+    EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 23"), "2");
 }
 
 struct ProviderCase {

@@ -378,6 +378,48 @@ TEST_P(RegistrationTest, SecondRegistrationIsAskedForAndNoStopsIt)
     EXPECT_EQ(again.entry.pno_prot, 2);
 }
 
+TEST_P(RegistrationTest, FileIsTheSameDocumentWhateverItsEntryWasMade)
+{
+    const long code = Filed(InvoiceSpec{});
+    ASSERT_TRUE(Register(code).registered);
+    user_.Expect(kDuplicate, IDNO);
+    EXPECT_FALSE(Register(code, 35).registered) << "in another register";
+    Run("UPDATE admin.pnota1 SET pno_doc = '7'"); // shortened by hand
+    user_.Expect(kDuplicate, IDNO);
+    EXPECT_FALSE(Register(code).registered);
+    Run("UPDATE admin.pnota1 SET pno_cli_for = 2");
+    user_.Expect(kDuplicate, IDNO);
+    EXPECT_FALSE(Register(code).registered) << "on another supplier";
+    EXPECT_EQ(Count("pnota1"), "1");
+}
+
+// Sellers number credit notes in a series of their own, with the numbers of the invoices.
+TEST_P(RegistrationTest, CreditNoteWithTheNumberOfAnInvoiceDoesNotHideIt)
+{
+    InvoiceSpec spec;
+    const long invoice = Filed(spec);
+    spec.type = "TD04";
+    const long note = Filed(spec);
+    ASSERT_TRUE(Register(note).registered);
+    std::vector<std::string> states;
+    ForEachInvoice(Cmd(), 0, 0, [&](const InvoiceRow &row) {
+        states.push_back(fmt::format("{} {}", row.type, row.is_registered));
+        return true;
+    });
+    EXPECT_THAT(states, ElementsAre("TD01 false", "TD04 true"));
+    CFattureElettronicheDB content;
+    const ALLEGATI filed = LoadInvoice(Cmd(), invoice, &content);
+    EXPECT_FALSE(DescribeInvoice(Cmd(), filed, content, 0).is_registered);
+    // The same invoice sent again in another file is registered all the same.
+    spec.type = "TD04";
+    Filed(InvoiceText(spec) + "<!-- di nuovo -->");
+    InvoiceFilter open;
+    open.state = InvoiceState::ToRegister;
+    long count = 0;
+    ForEachInvoice(Cmd(), open, [&](const InvoiceRow &) { return ++count > 0; });
+    EXPECT_EQ(count, 1);
+}
+
 TEST_P(RegistrationTest, SameNumberOfAnotherSupplierOrYearIsNoDuplicate)
 {
     InvoiceSpec spec;
@@ -524,7 +566,55 @@ TEST_P(RegistrationTest, SplitPaymentIsMarkedAndSaid)
     const RegistrationOutcome outcome = Register(Filed(spec));
     ASSERT_TRUE(outcome.registered) << outcome.reason;
     EXPECT_EQ(outcome.entry.pno_split_payment, 1);
-    EXPECT_THAT(outcome.notes, ElementsAre("Scissione dei pagamenti: l'imposta non è dovuta al fornitore."));
+    const char *const note = "Scissione dei pagamenti: l'imposta non è dovuta al fornitore, va tolta dalle scadenze.";
+    EXPECT_THAT(outcome.notes, ElementsAre(note));
+    spec.number = "8/P";
+    spec.total = "100.00"; // as some write it, without what is not owed to them
+    const RegistrationOutcome net = Register(Filed(spec));
+    ASSERT_TRUE(net.registered) << net.reason;
+    EXPECT_THAT(net.notes, ElementsAre("Il totale indicato, 100,00, è al netto dell'imposta che non è dovuta al "
+                                       "fornitore: registrato 122,00.",
+                                       note));
+}
+
+TEST_P(RegistrationTest, TotalNetOfTheWithholdingIsNoDifference)
+{
+    InvoiceSpec spec;
+    spec.total = "102.00";
+    const long code = Filed(Replaced(InvoiceText(spec), "</Numero>",
+                                     "</Numero><DatiRitenuta><TipoRitenuta>RT02</TipoRitenuta><ImportoRitenuta>20.00"
+                                     "</ImportoRitenuta><AliquotaRitenuta>20.00</AliquotaRitenuta><CausalePagamento>A"
+                                     "</CausalePagamento></DatiRitenuta>"));
+    const RegistrationOutcome outcome = Register(code);
+    ASSERT_TRUE(outcome.registered) << outcome.reason;
+    EXPECT_DOUBLE_EQ(outcome.entry.pno_tot_doc, 122.00);
+    EXPECT_THAT(outcome.notes, ElementsAre("Il totale indicato, 102,00, è al netto della ritenuta: registrato 122,00.",
+                                           "Ritenuta d'acconto di 20,00 da trattenere al pagamento."));
+}
+
+TEST_P(RegistrationTest, SellerOfAVatGroupIsDoubtedByHisFiscalCode)
+{
+    InvoiceSpec spec;
+    spec.seller_fiscal_code = "22222222220";
+    const RegistrationOutcome outcome = Register(Filed(spec));
+    ASSERT_TRUE(outcome.registered) << outcome.reason;
+    EXPECT_THAT(outcome.notes,
+                ElementsAre("Il fornitore 1 ha la stessa partita IVA ma il codice fiscale 02565617350, in fattura "
+                            "22222222220: può essere un altro."));
+}
+
+TEST_P(RegistrationTest, WhatTheBuyerSendsHimselfIsNoDebt)
+{
+    InvoiceSpec spec;
+    spec.type = "TD17";
+    const long code = Filed(spec);
+    const char *const question = "Il documento è di tipo TD17: lo emette chi acquista, e non è un debito verso il "
+                                 "fornitore.\n\nVuoi Continuare ?";
+    user_.Expect(question, IDNO);
+    EXPECT_FALSE(Register(code).registered);
+    EXPECT_EQ(user_.flags.back() & 0xF00u, MB_DEFBUTTON2);
+    user_.Expect(question, IDYES);
+    EXPECT_TRUE(Register(code).registered);
 }
 
 // --- instalments, files, bodies

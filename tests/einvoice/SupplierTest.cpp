@@ -211,6 +211,41 @@ TEST_P(SupplierTest, FailureInTheMiddleTakesTheNewSupplierBackToo)
     EXPECT_EQ(again.entry.pno_prot, 1) << "the number given back";
 }
 
+// While the new supplier is looked at, another station may store one.
+TEST_P(SupplierTest, NewSupplierGivesWayToWhatAnotherStationStored)
+{
+    choices_.choose_causale = [](long proposed) { return proposed; };
+    FORNITORI other;
+    choices_.confirm_supplier = [&](FORNITORI *prepared) {
+        other = *prepared;
+        other.for_desc = "Di un'altra stazione";
+        other.for_piva = other.for_codfis = "";
+        sqlfor.SqlTransaction(Cmd(), kInsert, &other);
+        return true;
+    };
+    user_.Expect(kNotFound, IDNO);
+    user_.Expect(kNoTerms);
+    const RegistrationOutcome outcome = Register(Filed(FromUnknownSeller()));
+    ASSERT_TRUE(outcome.registered) << outcome.reason;
+    EXPECT_EQ(outcome.entry.pno_cli_for, other.for_codice + 1) << "the proposed code was gone";
+    EXPECT_EQ(outcome.entry.righe[0].row_sot, other.for_codice + 1);
+    EXPECT_EQ(ArchiveFaults(), "");
+
+    choices_.confirm_supplier = [&](FORNITORI *prepared) {
+        other = *prepared;
+        other.for_codice += 10;
+        sqlfor.SqlTransaction(Cmd(), kInsert, &other);
+        return true;
+    };
+    InvoiceSpec spec = FromUnknownSeller();
+    spec.seller_vat = spec.seller_fiscal_code = "99999999990";
+    user_.Expect(kNotFound, IDNO);
+    user_.Expect(kNoTerms);
+    const RegistrationOutcome same = Register(Filed(spec));
+    ASSERT_TRUE(same.registered) << same.reason;
+    EXPECT_EQ(same.entry.pno_cli_for, other.for_codice) << "the same seller is not stored twice";
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, SupplierTest, testing::ValuesIn(TestEngines()), TestEngineName);
 
 } // namespace

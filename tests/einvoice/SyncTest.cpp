@@ -1,3 +1,4 @@
+#include "einvoice/InvoiceDocuments.h"
 #include "einvoice/InvoiceInbox.h"
 #include "einvoice/InvoiceSync.h"
 #include "einvoice/WatchedFolder.h"
@@ -145,6 +146,10 @@ TEST_P(SyncTest, RefusedFileIsTriedAgainWhenItChanges)
     Put("a.xml", whole, 1800s);
     EXPECT_THAT(Sync(), ElementsAre("a.xml: caricata"));
     EXPECT_EQ(Value("SELECT COUNT(*) FROM admin.sincro WHERE syn_nome = 'a.xml'"), "2");
+
+    Put("c.xml", whole.substr(0, whole.size() - 30), 7200s);
+    EXPECT_THAT(Sync(), ElementsAre("c.xml: rifiutato")) << "the rest would have come by now";
+    EXPECT_THAT(Sync(), IsEmpty());
 }
 
 TEST_P(SyncTest, InvoiceOfAnotherCompanyIsAskedAboutOnce)
@@ -153,6 +158,9 @@ TEST_P(SyncTest, InvoiceOfAnotherCompanyIsAskedAboutOnce)
     user_.Expect("Partita Iva/Codice fiscale non corrispondenti per il file :\n\na.xml\n\nVuoi Continuare ?", IDNO);
     EXPECT_THAT(Sync(), ElementsAre("a.xml: rifiutato"));
     EXPECT_THAT(Sync(), IsEmpty());
+    fs::last_write_time(Drop() / "a.xml", now_ - 60s);
+    lumera_db_impo.dit_piva = lumera_db_impo.dit_codfis = "02565617350"; // it was the company that was wrong
+    EXPECT_THAT(Sync(), ElementsAre("a.xml: caricata")) << "put there once more";
 }
 
 TEST_P(SyncTest, LinksOutOfTheFolderAndHugeFilesAreRefused)
@@ -212,8 +220,8 @@ TEST_P(SyncTest, MetadataOfAnEarlierRunFindTheirInvoiceWhenItComes)
 {
     Put("IT06186527153_E4187_MT_001.xml", Metadata("IT06186527153_E4187.xml.p7m", "1234567890"));
     Put("IT02565617350_00A24_MT_001.xml", Metadata("IT02565617350_00A24.xml", "55"));
-    EXPECT_THAT(Sync(), ElementsAre("IT02565617350_00A24_MT_001.xml: notifica",
-                                    "IT06186527153_E4187_MT_001.xml: notifica"));
+    EXPECT_THAT(Sync(),
+                ElementsAre("IT02565617350_00A24_MT_001.xml: notifica", "IT06186527153_E4187_MT_001.xml: notifica"));
     Put("IT06186527153_E4187.xml.p7m", ReadSample("IT06186527153_E4187.xml.p7m"));
     EXPECT_THAT(Sync(), ElementsAre("IT06186527153_E4187.xml.p7m: caricata"));
     EXPECT_EQ(Value("SELECT fat_sdi FROM admin.fatture"), "1234567890") << "in the summary stored with the invoice";
@@ -228,6 +236,20 @@ TEST_P(SyncTest, ReadableDocumentWaitsForItsInvoice)
     Put("IT02565617350_00A24.xml", ReadSample("IT02565617350_00A24.xml"));
     EXPECT_THAT(Sync(), ElementsAre("IT02565617350_00A24.xml: caricata", "IT02565617350_00A24.PDF: PDF"));
     EXPECT_EQ(Value("SELECT all_fname FROM admin.allegati WHERE all_tab_tipo = 21"), "IT02565617350_00A24.PDF");
+}
+
+TEST_P(SyncTest, ReadableDocumentOfTheProviderTakesThePlaceOfOurs)
+{
+    const long code = Filed(ReadSample("IT02565617350_00A24.xml"), "IT02565617350_00A24.xml");
+    StoredInvoicePdf(Cmd(), code);
+    Put("IT02565617350_00A24.PDF", "%PDF-1.4 prova");
+    EXPECT_THAT(Sync(), ElementsAre("IT02565617350_00A24.PDF: PDF"));
+    EXPECT_EQ(AsText(StoredInvoicePdf(Cmd(), code).all_data), "%PDF-1.4 prova");
+    EXPECT_EQ(Count("allegati"), "2");
+    Put("IT02565617350_00A24.pdf", "%PDF-1.4 altra");
+    EXPECT_THAT(Sync(), ElementsAre("IT02565617350_00A24.pdf: già presente")) << "the first one stays";
+    DeleteInvoice(Cmd(), code);
+    EXPECT_EQ(Count("allegati"), "0");
 }
 
 // --- notifications known by what they are ---------------------------------------------------------------------------

@@ -109,7 +109,7 @@ TEST_P(FattureElettronicheTest, LoadsFilesWithARowForEachDocument)
 {
     CFattureElettroniche window(nullptr);
     OpenOn2026(&window);
-    EXPECT_TRUE(Shows(window, "Nessuna fattura nel periodo: F2 carica i file ricevuti"));
+    EXPECT_TRUE(Shows(window, "Nessuna fattura nel periodo: F2 carica i file ricevuti, Filtra cambia il periodo"));
     EXPECT_EQ(FromQt(window.windowTitle()), "Fatture Elettroniche Passive  [01/01/2026  -  31/12/2026]");
     keys::Press(Qt::Key_F6); // nothing to delete
     EXPECT_EQ(user_.beeps, 1);
@@ -326,7 +326,7 @@ TEST_P(FattureElettronicheTest, ExportsTheChosenFileInThreeForms)
     QTest::qWait(200); // the file is read a moment after its row was chosen
     keys::Press(Qt::Key_F9);
     EXPECT_THAT(ReadWholeFile(pdf, kMaxBytes), testing::StartsWith("%PDF"));
-    const auto stored = [this] { return Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 21"); };
+    const auto stored = [this] { return Value("SELECT COUNT(*) FROM admin.allegati WHERE all_tab_tipo = 23"); };
     EXPECT_EQ(stored(), "1");
     user_.Expect("Vuoi veramente eliminare il PDF acquisito?", IDYES);
     keys::Press(Qt::Key_F9, Qt::ShiftModifier);
@@ -491,6 +491,11 @@ TEST_P(FattureElettronicheTest, FindsByAnyColumnAndGoesOn)
     EXPECT_EQ(find("zzz"), "24/2026");
     EXPECT_EQ(user_.beeps, 1);
     EXPECT_TRUE(Shows(window, "Nessuna fattura elencata contiene \"zzz\""));
+
+    Run("UPDATE admin.fatture SET fat_sdi = '990017' WHERE fat_numero = '3/NC'");
+    window.LoadTable(nullptr, true);
+    EXPECT_EQ(find("990017"), "3/NC");
+    EXPECT_TRUE(Shows(window, "Identificativo SdI 990017"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, FattureElettronicheTest, testing::ValuesIn(TestEngines()), TestEngineName);

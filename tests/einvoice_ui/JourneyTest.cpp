@@ -48,8 +48,9 @@ class JourneyTest : public InvoiceWindowTest {
                },
                [&](QWidget *) {
                    desk_ = &desk;
-                   EXPECT_TRUE(QTest::qWaitFor(
-                       [this] { return Says("Nessuna fattura nel periodo: F2 carica i file ricevuti"); }));
+                   EXPECT_TRUE(QTest::qWaitFor([this] {
+                       return Says("Nessuna fattura nel periodo: F2 carica i file ricevuti, Filtra cambia il periodo");
+                   }));
                    keys::Settle();
                    work();
                    keys::Press(Qt::Key_Escape);

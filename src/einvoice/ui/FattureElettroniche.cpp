@@ -385,8 +385,10 @@ void CFattureElettroniche::ShowState()
 {
     const List &list = *list_;
     if (Spread()->RowCount() == 0)
-        return SetStatus(HasFilters() ? QStringLiteral("Nessuna fattura del periodo con questi filtri")
-                                      : QStringLiteral("Nessuna fattura nel periodo: F2 carica i file ricevuti"));
+        return SetStatus(
+            HasFilters()
+                ? QStringLiteral("Nessuna fattura del periodo con questi filtri")
+                : QStringLiteral("Nessuna fattura nel periodo: F2 carica i file ricevuti, Filtra cambia il periodo"));
     const Row *row = Active();
     std::string fault = row ? row->invoice.fault : std::string();
     if (row && fault.empty() && list.opened && list.opened->code == row->invoice.code) fault = list.opened->fault;
@@ -440,7 +442,12 @@ bool CFattureElettroniche::OnKeyPressSpread(long grid_row, QKeyEvent *key)
 
 bool CFattureElettroniche::PreTranslateMessage(QKeyEvent *message)
 {
-    return list_->tabs->PreTranslateMessage(message) || CTarvoRecordBrowseDialog::PreTranslateMessage(message);
+    if (list_->tabs->PreTranslateMessage(message)) return true;
+    if (message->key() == Qt::Key_Escape && list_->tabs->isAncestorOf(focusWidget())) {
+        Spread()->setFocus(); // from the pages back to the list, and from there out
+        return true;
+    }
+    return CTarvoRecordBrowseDialog::PreTranslateMessage(message);
 }
 
 void CFattureElettroniche::OnKickIdle()

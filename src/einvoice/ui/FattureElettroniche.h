@@ -78,6 +78,7 @@ class CFattureElettroniche : public CTarvoRecordBrowseDialog {
     void RefreshRow();                                  ///< status of the active row
     void PutWithSupplier(const InvoiceRow &registered); ///< other rows of its seller, who was unknown
     void GoToNextOpen();
+    bool IsIdentifier(long row, const QString &text) const;
     void RemoveFile(long code);
     bool RemoveWhatIsGone(long code); ///< @return true when another station has deleted the file
     QString ShowFiled(const std::vector<long> &codes);

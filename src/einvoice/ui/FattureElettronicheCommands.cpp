@@ -28,9 +28,9 @@ class CTrovaFattura : public CTarvoDialog {
         {
             FormBuilder form(this);
             form.Text("&Testo da cercare", *wanted, 40);
-            form.Hint("Parte del nome, del numero, della partita IVA o del nome del file");
+            form.Hint("Parte del nome, del numero, della partita IVA o del nome del file; identificativo SdI intero");
         }
-        AddCommand({.caption = "&Trova", .run = [this] { OnOK(); }});
+        AddCommand({.caption = "F2 - &Trova", .run = [this] { OnOK(); }});
         AddCommand({.caption = "&Annulla", .run = [this] { EndDialog(IDCANCEL); }, .checks_field = false});
     }
 
@@ -93,8 +93,8 @@ void CFattureElettroniche::AddCommands()
     add("Elimina PDF", "Elimina PDF memorizzato e lo richiede nuovamente", "annulla", &Desk::OnEliminaPfd, has_pdf,
         "Shift+F9");
     add("Filtra", "Filtra Periodo Fatture Elettroniche Visualizzate", "calendario", &Desk::OnFiltra, {}, "Ctrl+D");
-    add("Trova", "Cerca nelle fatture elencate per nome, numero, partita IVA o file", "cerca", &Desk::OnTrova, has_row,
-        "Ctrl+F");
+    add("Trova", "Cerca nelle fatture elencate per nome, numero, partita IVA, file o identificativo SdI", "cerca",
+        &Desk::OnTrova, has_row, "Ctrl+F");
 }
 
 void CFattureElettroniche::AddFootCommands()
@@ -221,7 +221,8 @@ std::string CFattureElettroniche::DeletionQuestion(const InvoiceRow &invoice) co
         each.supplier = invoice.supplier;
         each.number = summary.fat_numero.str();
         each.day = summary.fat_data;
-        FindRegisteredEntry(scope.get(), &each);
+        each.type = summary.fat_tipo.str();
+        CheckPNota(scope.get(), &each);
         is_any_registered = is_any_registered || each.is_registered;
         text += fmt::format("\nn. {} del {} di {}", each.number, FormatDate(each.day), invoice.seller_name);
         if (each.is_registered) text += fmt::format(" (registrato con il movimento {})", each.entry);
@@ -315,6 +316,13 @@ void CFattureElettroniche::OnMovimento()
     RefreshRow(); // it may be another document's now, or gone
 }
 
+/// The number that the exchange system gave the file; whoever searches by it has all of it.
+bool CFattureElettroniche::IsIdentifier(long row, const QString &text) const
+{
+    const std::string &sdi = list_->rows[static_cast<std::size_t>(Spread()->RowData(row))].invoice.sdi;
+    return !sdi.empty() && text == ToQt(sdi);
+}
+
 void CFattureElettroniche::OnTrova()
 {
     const bool is_asked = CTrovaFattura(&list_->searched, this).DoModal() == IDOK;
@@ -327,11 +335,17 @@ void CFattureElettroniche::OnTrova()
             const long row = Spread()->FindText(from, column, text);
             if (row != 0 && (found == 0 || row < found)) found = row;
         }
+        for (long row = from; row <= Spread()->RowCount() && (found == 0 || row < found); ++row)
+            if (IsIdentifier(row, text)) return row;
         return found;
     };
     long found = find(Spread()->ActiveRow() + 1);
     if (found == 0) found = find(1);
-    if (found != 0) return Spread()->SetActiveCell(found, std::max(Spread()->ActiveColumn(), 1L));
+    if (found != 0) {
+        Spread()->SetActiveCell(found, std::max(Spread()->ActiveColumn(), 1L));
+        if (IsIdentifier(found, text)) SetStatus(QStringLiteral("Identificativo SdI %1").arg(text));
+        return;
+    }
     BeepRefused();
     SetStatus(QStringLiteral("Nessuna fattura elencata contiene \"%1\"").arg(text));
 }

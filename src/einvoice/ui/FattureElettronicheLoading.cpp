@@ -9,28 +9,39 @@
 
 #include <algorithm>
 #include <array>
+#include <fmt/format.h>
 
 namespace {
 
 const QString kResultWindow = QStringLiteral("EsitoFatture"); ///< under which its columns are remembered
 
-/// What became of files: their names, outcomes and reasons.
+/// What became of files: their names, outcomes and reasons; Enter shows the whole text of one.
 class CEsitoFatture : public CElenco {
   public:
     CEsitoFatture(const QString &title, const QString &summary, CWnd *parent)
         : CElenco(title, kResultWindow, Columns(), parent)
     {
         SetStatus(summary);
+        Spread()->on_dbl_click = [this](long row, long) {
+            AfxMessageBox(whole_.at(static_cast<std::size_t>(Spread()->RowData(row))), MB_OK | MB_ICONINFORMATION);
+        };
     }
 
     void Add(const std::string &name, const std::string &outcome, std::string text,
              const std::vector<std::string> &warnings)
     {
-        for (const std::string &warning : warnings) text += (text.empty() ? "Avviso: " : ". Avviso: ") + warning;
+        whole_.push_back(fmt::format("{}\n\n{}", name, text));
+        for (const std::string &warning : warnings) {
+            whole_.back() += "\n\nAvviso: " + warning;
+            text += (text.empty() ? "Avviso: " : ". Avviso: ") + warning;
+        }
         AddRow({OnOneLine(name), outcome, OnOneLine(text)});
+        Spread()->SetRowData(Spread()->RowCount(), static_cast<long>(whole_.size()) - 1);
     }
 
   private:
+    std::vector<std::string> whole_;
+
     static std::vector<CSpreadSheet::Column> Columns()
     {
         std::vector<CSpreadSheet::Column> columns = {ListColumn("File", CSpreadSheet::Type::Text, 34),
