@@ -18,21 +18,6 @@ std::string IdOf(const InvoiceRow &row)
 
 namespace {
 
-const char *OutcomeText(ImportOutcome outcome)
-{
-    switch (outcome) {
-    case ImportOutcome::Loaded:
-        return "caricata";
-    case ImportOutcome::AlreadyThere:
-        return "già presente";
-    case ImportOutcome::Ignored:
-        return "ignorata";
-    case ImportOutcome::Refused:
-        break;
-    }
-    return "rifiutata";
-}
-
 int Import(Session *session, const std::vector<std::string> &files)
 {
     session->OpenArchive();
@@ -47,13 +32,13 @@ int Import(Session *session, const std::vector<std::string> &files)
         ++counts.at(static_cast<std::size_t>(result.outcome));
         if (json) {
             json->Add({{"file", result.origin},
-                       {"esito", OutcomeText(result.outcome)},
+                       {"esito", ImportOutcomeText(result.outcome)},
                        {"codice", result.code},
                        {"testo", result.text},
                        {"avvisi", result.warnings}});
             return;
         }
-        Print(fmt::format("{} {} {}: {}\n", PadRight(OutcomeText(result.outcome), 12),
+        Print(fmt::format("{} {} {}: {}\n", PadRight(ImportOutcomeText(result.outcome), 12),
                           result.code == 0 ? "     " : fmt::format("{:5}", result.code), OnOneLine(result.origin),
                           OnOneLine(result.text)));
         for (const std::string &warning : result.warnings)

@@ -95,6 +95,21 @@ ImportResult NotReadable(std::string origin, std::string why)
 
 } // namespace
 
+const char *ImportOutcomeText(ImportOutcome outcome)
+{
+    switch (outcome) {
+    case ImportOutcome::Loaded:
+        return "caricata";
+    case ImportOutcome::AlreadyThere:
+        return "già presente";
+    case ImportOutcome::Ignored:
+        return "ignorata";
+    case ImportOutcome::Refused:
+        break;
+    }
+    return "rifiutata";
+}
+
 std::string CompanyFaultForInvoices(const DITTE &company)
 {
     if (Trimmed(company.dit_codfis).empty()) return "Impostare codice fiscale sulla ditta!";

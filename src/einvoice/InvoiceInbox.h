@@ -13,6 +13,9 @@
 /// Ignored: a notification of the exchange system, which portals put among the invoices; nothing is wrong with it.
 enum class ImportOutcome { Loaded, AlreadyThere, Refused, Ignored };
 
+/// "caricata", "già presente", "rifiutata", "ignorata".
+const char *ImportOutcomeText(ImportOutcome outcome);
+
 struct ImportResult {
     std::string origin; ///< the file as the user named it
     ImportOutcome outcome = ImportOutcome::Refused;

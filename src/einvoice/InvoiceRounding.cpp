@@ -11,22 +11,6 @@ double SummaryRoundings(const fatturapa::FatturaElettronicaBody &body)
     return Round(sum, 2);
 }
 
-double Withheld(const fatturapa::DatiGeneraliDocumentoType &document)
-{
-    double sum = 0;
-    for (const auto &withholding : document.DatiRitenuta) sum += withholding.ImportoRitenuta;
-    return Round(sum, 2);
-}
-
-/// Tax that a public body pays to the tax office instead of the seller.
-double SplitTax(const fatturapa::FatturaElettronicaBody &body)
-{
-    double sum = 0;
-    for (const auto &row : body.DatiBeniServizi.DatiRiepilogo)
-        if (row.EsigibilitaIVA == "S") sum += row.Imposta;
-    return Round(sum, 2);
-}
-
 void TakeOff(double amount, const char *how, TotalReading *reading)
 {
     reading->rounding = 0;
@@ -35,6 +19,21 @@ void TakeOff(double amount, const char *how, TotalReading *reading)
 }
 
 } // namespace
+
+double WithheldFrom(const fatturapa::FatturaElettronicaBody &body)
+{
+    double withheld = 0;
+    for (const auto &one : body.DatiGenerali.DatiGeneraliDocumento.DatiRitenuta) withheld += one.ImportoRitenuta;
+    return Round(withheld, 2);
+}
+
+double SplitTaxOf(const fatturapa::FatturaElettronicaBody &body)
+{
+    double tax = 0;
+    for (const auto &row : body.DatiBeniServizi.DatiRiepilogo)
+        if (row.EsigibilitaIVA == "S") tax += row.Imposta;
+    return Round(tax, 2);
+}
 
 TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body)
 {
@@ -58,9 +57,9 @@ TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body)
     } else if (closes_with(stamp)) {
         reading.is_stamp_duty = true;
         reading.how = "imposta di bollo compresa nel totale";
-    } else if (const double withheld = Withheld(document); closes_with(-withheld)) {
+    } else if (const double withheld = WithheldFrom(body); closes_with(-withheld)) {
         TakeOff(withheld, "al netto della ritenuta", &reading);
-    } else if (const double tax = SplitTax(body); closes_with(-tax)) {
+    } else if (const double tax = SplitTaxOf(body); closes_with(-tax)) {
         TakeOff(tax, "al netto dell'imposta che non è dovuta al fornitore", &reading);
     } else {
         reading.closes = false;

@@ -17,6 +17,11 @@ struct TotalReading {
 /// duty to the total. Computes every reading and keeps the first that closes to the cent.
 TotalReading ReadTotal(const fatturapa::FatturaElettronicaBody &body);
 
+/// Tax that is withheld from the seller's fee when it is paid, and tax that the buyer pays to the state himself: both
+/// belong to the total and are not paid to the seller.
+double WithheldFrom(const fatturapa::FatturaElettronicaBody &body);
+double SplitTaxOf(const fatturapa::FatturaElettronicaBody &body);
+
 /// The sign that a document's amounts take in the books: -1 turns a credit note written with positive amounts, +1
 /// leaves the file's signs. A credit note written with negative amounts already is one.
 int SignOf(const fatturapa::FatturaElettronicaBody &body);

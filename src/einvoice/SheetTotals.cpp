@@ -21,22 +21,6 @@ void AddTotal(std::vector<SheetRow> *rows, std::string label, double amount, She
     rows->push_back({{}, {{std::move(label), tone}}, {{SheetNumber(amount), tone}}});
 }
 
-double WithheldFrom(const fatturapa::FatturaElettronicaBody &body)
-{
-    double withheld = 0;
-    for (const auto &one : body.DatiGenerali.DatiGeneraliDocumento.DatiRitenuta) withheld += one.ImportoRitenuta;
-    return Round(withheld, 2);
-}
-
-/// The tax that the buyer pays to the state himself.
-double SplitTaxOf(const fatturapa::FatturaElettronicaBody &body)
-{
-    double tax = 0;
-    for (const auto &row : body.DatiBeniServizi.DatiRiepilogo)
-        if (row.EsigibilitaIVA == "S") tax += row.Imposta;
-    return Round(tax, 2);
-}
-
 void AddStampDuty(std::vector<SheetRow> *rows, const fatturapa::DatiBolloType &stamp)
 {
     const std::string how = stamp.BolloVirtuale == "SI" ? "assolta in modo virtuale" : stamp.BolloVirtuale;

@@ -1,5 +1,6 @@
 #include "tests/einvoice/InvoiceFixture.h"
 
+#include "tarvodlg/base/Dates.h"
 #include "tarvodlg/base/Files.h"
 #include "tarvolumera/archive/ArchiveCheck.h"
 
@@ -82,6 +83,29 @@ long InvoiceTest::Filed(const std::string &bytes, const std::string &name)
     const ImportResult result = ImportInvoice(Cmd(), name, name, bytes);
     EXPECT_EQ(result.outcome, ImportOutcome::Loaded) << result.text;
     return result.code;
+}
+
+std::vector<SummarySpec> Rates(std::size_t count)
+{
+    const std::vector<SummarySpec> all = {
+        {"22.00", "10.00", "2.20", "", "", "", ""},    {"10.00", "10.00", "1.00", "", "", "", ""},
+        {"5.00", "10.00", "0.50", "", "", "", ""},     {"4.00", "10.00", "0.40", "", "", "", ""},
+        {"0.00", "10.00", "0.00", "N1", "", "", ""},   {"0.00", "10.00", "0.00", "N2.2", "", "", ""},
+        {"0.00", "10.00", "0.00", "N3.6", "", "", ""}, {"0.00", "10.00", "0.00", "N4", "", "", ""}};
+    return {all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
+std::vector<std::string> InvoiceTest::Instalments(long entry)
+{
+    std::vector<std::string> found;
+    SACommand query(Cmd()->Connection(),
+                    "SELECT sca_data, sca_importo FROM admin.scadenze WHERE sca_pno = :pno ORDER BY sca_num");
+    query.Param("pno").setAsLong(entry);
+    query.Execute();
+    while (query.FetchNext())
+        found.push_back(fmt::format("{} {:.2f}", FormatDate(FromSqlDate(query.Field("sca_data").asDateTime())),
+                                    query.Field("sca_importo").asDouble()));
+    return found;
 }
 
 std::vector<std::string> InvoiceTest::RowsOf(const PNOTA &entry)

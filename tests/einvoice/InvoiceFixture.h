@@ -35,6 +35,8 @@ struct InvoiceSpec {
     std::vector<SummarySpec> summary = {{"22.00", "100.00", "22.00", "", "", "", ""}};
 };
 std::string InvoiceText(const InvoiceSpec &spec);
+/// A summary of so many rates and natures, 8 at most, that the demo company has VAT codes for.
+std::vector<SummarySpec> Rates(std::size_t count);
 
 /// A fresh demo company with a shorthand for what these tests do over and over.
 class InvoiceTest : public ArchiveTest {
@@ -49,6 +51,8 @@ class InvoiceTest : public ArchiveTest {
     /// "250.1.1 A 122.00" for every row in use.
     static std::vector<std::string> RowsOf(const PNOTA &entry);
     std::string Count(const std::string &table) { return Value("SELECT COUNT(*) FROM admin." + table); }
+    /// "28/02/2026 739.32" for every instalment of an entry.
+    std::vector<std::string> Instalments(long entry);
     /// Rows of all tables that a registration writes; equal before and after what must change nothing.
     std::string Stored();
     /// Everything that is wrong in the archive, a line each; empty when it is clean.

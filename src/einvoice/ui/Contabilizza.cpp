@@ -18,20 +18,6 @@
 
 namespace {
 
-/// Runs a step and shows what it throws. @return false when it threw
-bool Attempted(const char *tag, const std::function<void()> &step)
-{
-    try {
-        step();
-        return true;
-    } catch (const SAException &error) {
-        SAExceptionDisplay(error, tag, false);
-    } catch (const std::exception &error) {
-        AfxMessageBox(error.what(), MB_OK | MB_ICONERROR);
-    }
-    return false;
-}
-
 /// What the browser of suppliers starts its search with: the seller's name, or the beginning of it that some supplier
 /// has; legal forms and commas are written in many ways. Empty when even its first word is nobody's.
 std::string SearchForSeller(const std::string &name)
@@ -80,14 +66,14 @@ class Contabilizzazione {
 
     long Run()
     {
-        if (!Attempted(LUMERA_TAG, [this] { is_prepared_ = Prepare(); }) || !is_prepared_) return 0;
+        if (!CTarvoDialog::Guarded(LUMERA_TAG, [this] { is_prepared_ = Prepare(); }) || !is_prepared_) return 0;
         LoadPages();
-        if (!Attempted(LUMERA_TAG, [this] { EditNew(); }) || stored_.pno_codice == 0) return 0;
+        if (!CTarvoDialog::Guarded(LUMERA_TAG, [this] { EditNew(); }) || stored_.pno_codice == 0) return 0;
         // From here on the entry is in the archive, whatever else fails.
-        Attempted(LUMERA_TAG, [this] { Compare(); });
+        CTarvoDialog::Guarded(LUMERA_TAG, [this] { Compare(); });
         if (stored_.pno_codice == 0) return 0; // deleted again while it was being corrected
-        Attempted(LUMERA_TAG, [this] { GenerateInstalments(); });
-        Attempted(LUMERA_TAG, [this] { OfferPayment(); });
+        CTarvoDialog::Guarded(LUMERA_TAG, [this] { GenerateInstalments(); });
+        CTarvoDialog::Guarded(LUMERA_TAG, [this] { OfferPayment(); });
         return stored_.pno_codice;
     }
 

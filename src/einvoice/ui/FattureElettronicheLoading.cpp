@@ -52,21 +52,6 @@ class CEsitoFatture : public CElenco {
     }
 };
 
-const char *OutcomeText(ImportOutcome outcome)
-{
-    switch (outcome) {
-    case ImportOutcome::Loaded:
-        return "caricata";
-    case ImportOutcome::AlreadyThere:
-        return "già presente";
-    case ImportOutcome::Ignored:
-        return "ignorata";
-    case ImportOutcome::Refused:
-        break;
-    }
-    return "rifiutata";
-}
-
 /// "3 già presenti" with what it counts in front; nothing for none.
 void AddCount(QString *text, long count, const char *one, const char *many)
 {
@@ -144,7 +129,7 @@ void CFattureElettroniche::OnRecordAggiungi()
     } else if (!is_all_well) {
         CEsitoFatture window(QStringLiteral("Esito del caricamento"), text, this);
         for (const ImportResult &result : results)
-            window.Add(std::filesystem::path(result.origin).filename().string(), OutcomeText(result.outcome),
+            window.Add(std::filesystem::path(result.origin).filename().string(), ImportOutcomeText(result.outcome),
                        result.text, result.warnings);
         window.DoModal();
     }

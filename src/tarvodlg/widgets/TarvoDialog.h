@@ -82,7 +82,7 @@ class CTarvoDialog : public QDialog {
 
     /// Runs work and shows what it throws, with the tag of the place for database errors (see LUMERA_TAG).
     /// @return false when it threw
-    bool Guarded(const char *tag, const std::function<void()> &work);
+    static bool Guarded(const char *tag, const std::function<void()> &work);
 
     /// Completes and checks the field that has the focus, as leaving it would. @return false when it was refused
     bool LeaveFocusedField();
