@@ -62,23 +62,25 @@ std::string NoticeOf(const PAGAMENTI &terms, long start_day, const std::vector<I
     return {};
 }
 
-/// While the proposal is looked at, another station may change the entry, or delete it and give its number to another.
+/// While the proposal is looked at, another station may change the entry, delete it and give its number to another, or
+/// generate its instalments.
 void CheckUnchanged(SACommand *cmd, const PNOTA &entry)
 {
-    SACommand query(cmd->Connection(), "SELECT pno_rel, pno_cli_for, pno_doc, pno_tot_doc FROM admin.pnota1"
+    SACommand query(cmd->Connection(), "SELECT pno_rel, pno_cli_for, pno_doc, pno_tot_doc, (SELECT COUNT(*) FROM"
+                                       " admin.scadenze WHERE sca_pno = pno_codice) AS numrec FROM admin.pnota1"
                                        " WHERE pno_codice = :codice");
     query.Param("codice").setAsLong(entry.pno_codice);
     query.Execute();
+    const auto refuse = [&](const char *why) {
+        throw SAException(SA_UserGenerated_Error, 20064, fmt::format(fmt::runtime(why), entry.pno_codice));
+    };
     const bool is_same = query.FetchNext() && query.Field("pno_rel").asLong() == entry.pno_rel &&
                          query.Field("pno_cli_for").asLong() == entry.pno_cli_for &&
                          Trimmed(query.Field("pno_doc").asStringView()) == Trimmed(entry.pno_doc) &&
                          TestIfZero(query.Field("pno_tot_doc").asDouble() - entry.pno_tot_doc);
-    if (is_same) return;
-    throw SAException(
-        SA_UserGenerated_Error, 20064,
-        fmt::format("Il movimento n. {} è stato cambiato da un'altra stazione: le scadenze non sono state "
-                    "generate.",
-                    entry.pno_codice));
+    if (!is_same)
+        refuse("Il movimento n. {} è stato cambiato da un'altra stazione: le scadenze non sono state generate.");
+    if (query.Field("numrec").asLong() > 0) refuse("Le scadenze del movimento n. {} sono già state generate.");
 }
 
 SCADENZE CommonFields(SACommand *cmd, const PNOTA &entry, const InstalmentProposal &proposal, long count)
@@ -157,9 +159,6 @@ long StoreInstalments(SACommand *cmd, const PNOTA &entry, const InstalmentPropos
     SATransaction transaction(scope.get());
     LockNumbers(scope.get(), NumberSeries::Schedule);
     CheckUnchanged(scope.get(), entry);
-    if (sqlsca.CountOf(scope.get(), entry.pno_codice) > 0)
-        throw SAException(SA_UserGenerated_Error, 20064,
-                          fmt::format("Le scadenze del movimento n. {} sono già state generate.", entry.pno_codice));
     CTarvoProgressDlg progress;
     progress.SetStatus("Generazione Scadenze in Corso...");
     progress.SetRange(0, static_cast<long>(rows.size()));
