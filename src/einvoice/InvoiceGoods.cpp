@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <unordered_map>
 
 // From the lines of an invoice to goods, and from their codes to articles.
 
@@ -120,16 +121,26 @@ std::vector<double> HeadDiscounts(const fatturapa::FatturaElettronicaBody &body,
     return percents;
 }
 
+/// The highest price of each article of the document, by the first of its codes.
+using Prices = std::unordered_map<std::string_view, double>;
+
+Prices HighestPrices(const fatturapa::FatturaElettronicaBody &body)
+{
+    Prices prices;
+    for (const auto &line : body.DatiBeniServizi.DettaglioLinee) {
+        if (line.CodiceArticolo.empty()) continue;
+        double &highest = prices[line.CodiceArticolo.front().CodiceValore];
+        highest = std::max(highest, line.PrezzoUnitario);
+    }
+    return prices;
+}
+
 /// A price cut written as a line of its own: the article is in another line at a higher price. Goods that go back are
 /// written with their whole price, or alone.
-bool IsPriceCut(const fatturapa::FatturaElettronicaBody &body, const fatturapa::DettaglioLineeType &line)
+bool IsPriceCut(const Prices &prices, const fatturapa::DettaglioLineeType &line)
 {
-    if (line.PrezzoUnitario >= 0 || line.CodiceArticolo.empty()) return false;
-    const std::string &code = line.CodiceArticolo.front().CodiceValore;
-    return std::ranges::any_of(body.DatiBeniServizi.DettaglioLinee, [&](const fatturapa::DettaglioLineeType &other) {
-        return !other.CodiceArticolo.empty() && other.CodiceArticolo.front().CodiceValore == code &&
-               other.PrezzoUnitario > -line.PrezzoUnitario;
-    });
+    return line.PrezzoUnitario < 0 && !line.CodiceArticolo.empty() &&
+           prices.at(line.CodiceArticolo.front().CodiceValore) > -line.PrezzoUnitario;
 }
 
 void TakeCodes(const fatturapa::DettaglioLineeType &line, LoadLine *goods)
@@ -239,8 +250,9 @@ GoodsOfInvoice ReadGoods(const fatturapa::FatturaElettronicaBody &body)
     GoodsOfInvoice goods;
     const int sign = SignOf(body);
     const std::vector<double> head = HeadDiscounts(body, &goods);
+    const Prices prices = HighestPrices(body);
     for (const auto &line : body.DatiBeniServizi.DettaglioLinee) {
-        if (const char *why = IsPriceCut(body, line) ? "sconto" : NoGoods(line)) {
+        if (const char *why = IsPriceCut(prices, line) ? "sconto" : NoGoods(line)) {
             if (!TestIfZero(line.PrezzoTotale))
                 goods.notes.push_back(fmt::format("Riga {} non caricata, {}: {}.", line.NumeroLinea, why,
                                                   FormatAmount(line.PrezzoTotale)));

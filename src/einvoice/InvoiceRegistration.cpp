@@ -104,7 +104,8 @@ void StoreNewSupplier(SACommand *cmd, const fatturapa::PartyType &seller, Prepar
 {
     FORNITORI &supplier = prepared->new_supplier;
     FORNITORI there;
-    if (const long code = FindSupplierOf(cmd, seller); code != 0) {
+    const long code = FindSupplierOf(cmd, seller);
+    if (code != 0) {
         sqlfor.Search(cmd, code, &supplier);
     } else {
         if (sqlfor.Search(cmd, supplier.for_codice, &there)) supplier.for_codice = sqlfor.NextCode(cmd);
@@ -112,6 +113,10 @@ void StoreNewSupplier(SACommand *cmd, const fatturapa::PartyType &seller, Prepar
     }
     TakeNewSupplier(supplier, entry);
     prepared->supplier = supplier;
+    // The duplicates were counted under the code that was proposed.
+    if (code != 0 && FindDuplicateDocument(cmd, *entry, DuplicateYear::OfDocument) != 0)
+        throw SAException(SA_UserGenerated_Error, 20066,
+                          "Il documento è stato registrato in questo momento da un'altra stazione.");
 }
 
 PNOTA_RIGA *FirstFreeRow(PNOTA *entry)

@@ -165,7 +165,9 @@ class Synchronisation {
         const std::string digest = ContentDigest(bytes);
         SINCRO there;
         const bool is_known = sqlsyn.SearchContent(cmd_, file.name, digest, &there);
-        if (is_known && there.syn_esito != static_cast<long>(SyncOutcome::Refused)) { // copied again, nothing new in it
+        const bool was_refused = there.syn_esito == static_cast<long>(SyncOutcome::Refused);
+        const bool is_copied_again = file.version != there.syn_versione.str();
+        if (is_known && !(was_refused && is_copied_again)) { // nothing new in it
             there.syn_versione = file.version;
             return sqlsyn.Store(cmd_, &there);
         }

@@ -34,8 +34,8 @@ struct SyncResult {
 
 /// Takes up what is new: invoices are filed as an import would do it, notifications and readable documents as documents
 /// of their own kinds. What is still being written waits for the next time, as does a readable document whose invoice
-/// is not there yet. What is refused is listed once and tried again when it changes. The identifier of a metadata file
-/// is noted on its invoice, whichever of the two comes first.
+/// is not there yet. What is refused is listed once and tried again when it changes or is copied again. The identifier
+/// of a metadata file is noted on its invoice, whichever of the two comes first.
 ///
 /// Each file is filed and remembered for itself: an interrupted run goes on where it was.
 /// @param progress  called with each line as it comes; may be empty

@@ -244,6 +244,19 @@ TEST_P(SupplierTest, NewSupplierGivesWayToWhatAnotherStationStored)
     const RegistrationOutcome same = Register(Filed(spec));
     ASSERT_TRUE(same.registered) << same.reason;
     EXPECT_EQ(same.entry.pno_cli_for, other.for_codice) << "the same seller is not stored twice";
+
+    choices_.confirm_supplier = [&](FORNITORI *prepared) { // and his invoice registered with him
+        other = *prepared;
+        sqlfor.SqlTransaction(Cmd(), kInsert, &other);
+        ++prepared->for_codice;
+        Run(fmt::format("UPDATE admin.pnota1 SET pno_cli_for = {} WHERE pno_codice = 1", other.for_codice));
+        return true;
+    };
+    spec.seller_vat = spec.seller_fiscal_code = "99999999981";
+    const long code = Filed(spec);
+    user_.Expect(kNotFound, IDNO);
+    EXPECT_THROW(Register(code), SAException);
+    EXPECT_EQ(Count("pnota1"), "2");
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, SupplierTest, testing::ValuesIn(TestEngines()), TestEngineName);
